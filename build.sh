@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Set-up, build and run for QorBgpCommunity on Debian 12.
+#
+#   ./build.sh run     install what is missing, build (Release), run the main job
+#   ./build.sh test    install what is missing, build (Sanitize), run every test
+#   ./build.sh bench   install what is missing, build (Release), run the benchmarks
+#
+# Missing Debian packages are installed with apt-get when run as root; other
+# users are told which to install.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+packages=(g++ cmake ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev)
+
+install_missing() {
+   local missing=()
+   for p in "${packages[@]}"; do
+      dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+   done
+   [ ${#missing[@]} -eq 0 ] && return
+   if [ "$(id -u)" -ne 0 ]; then
+      echo "build.sh: missing Debian packages: ${missing[*]}" >&2
+      echo "build.sh: run as root, or: sudo apt-get install ${missing[*]}" >&2
+      exit 1
+   fi
+   echo "build.sh: installing ${missing[*]}"
+   export DEBIAN_FRONTEND=noninteractive
+   apt-get update -qq
+   apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# configure_and_build <build type> <dir> [cmake options...]
+configure_and_build() {
+   local type=$1 dir=$2
+   shift 2
+   cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE="$type" "$@" >/dev/null
+   cmake --build "$dir" -j "$(nproc)"
+}
+
+mode=${1:-run}
+case "$mode" in
+   run)
+      install_missing
+      configure_and_build Release build/release -DQORBGP_BUILD_TESTS=OFF
+      ./build/release/tools/qorbgp-example
+      ;;
+   test)
+      install_missing
+      configure_and_build Sanitize build/sanitize -DQORBGP_WERROR=ON
+      ctest --test-dir build/sanitize --output-on-failure -j "$(nproc)"
+      ;;
+   bench)
+      install_missing
+      configure_and_build Release build/release -DQORBGP_BUILD_TESTS=OFF
+      ./build/release/bench/qorbgp-bench
+      ;;
+   *)
+      echo "usage: ./build.sh [run|test|bench]" >&2
+      exit 2
+      ;;
+esac

@@ -1,0 +1,7 @@
+#include "platform/Dedup.h"
+
+namespace Zup {
+
+DedupHandle::~DedupHandle() = default;
+
+} // namespace Zup

@@ -1,0 +1,90 @@
+// A growable character buffer that starts in storage the caller provides
+// (usually on the stack) and moves to the heap only when it must grow.
+//
+// Renderers append to a DynamicBufferInterface& so that one routine serves a
+// stack buffer of any size:
+//
+//   Kiv::DynamicBuffer<64> buf;
+//   buf.append("0x");
+//   buf.appendHex2(0xfd);
+//   std::string text = buf.str();       // "0xfd"
+//
+// Not copyable or movable (the inline storage may be in use). Not thread-safe.
+#pragma once
+
+#include "platform/Export.h"
+#include "platform/Types.h"
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace Kiv {
+
+class QORBGP_EXPORT DynamicBufferInterface {
+ public:
+   DynamicBufferInterface(DynamicBufferInterface const&) = delete;
+   DynamicBufferInterface& operator=(DynamicBufferInterface const&) = delete;
+
+   void append(char c) {
+      if (size_ == capacity_) [[unlikely]] {
+         grow(1);
+      }
+      data_[size_++] = c;
+   }
+   void append(std::string_view s) {
+      if (s.size() > capacity_ - size_) [[unlikely]] {
+         grow(s.size());
+      }
+      std::memcpy(data_ + size_, s.data(), s.size());
+      size_ += s.size();
+   }
+   // Exactly two lower-case hexadecimal digits.
+   void appendHex2(U8 octet);
+   // Decimal digits, no sign, no padding.
+   void appendDecimal(U64 value);
+
+   // Sets the size, growing as needed; new bytes are unspecified.
+   void resize(std::size_t size) {
+      if (size > capacity_) {
+         grow(size - size_);
+      }
+      size_ = size;
+   }
+   void clear() noexcept { size_ = 0; }
+
+   char* data() noexcept { return data_; }
+   char const* data() const noexcept { return data_; }
+   std::size_t size() const noexcept { return size_; }
+   std::size_t capacity() const noexcept { return capacity_; }
+   bool onHeap() const noexcept { return heap_ != nullptr; }
+   std::string_view view() const noexcept { return {data_, size_}; }
+   std::string str() const { return std::string(data_, size_); }
+
+ protected:
+   DynamicBufferInterface(char* inlineStorage, std::size_t inlineCapacity) noexcept
+       : data_(inlineStorage), capacity_(inlineCapacity) {}
+   ~DynamicBufferInterface() = default;
+
+ private:
+   // Makes room for at least `extra` more bytes: at least doubles capacity.
+   void grow(std::size_t extra);
+
+   char* data_;
+   std::size_t size_ = 0;
+   std::size_t capacity_;
+   std::unique_ptr<char[]> heap_; // owns data_ once the buffer has left the inline storage
+};
+
+template <std::size_t InlineCapacity>
+class DynamicBuffer final : public DynamicBufferInterface {
+ public:
+   DynamicBuffer() noexcept : DynamicBufferInterface(storage_, InlineCapacity) {}
+
+ private:
+   char storage_[InlineCapacity];
+};
+
+} // namespace Kiv

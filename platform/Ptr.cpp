@@ -1,0 +1,11 @@
+#include "platform/Ptr.h"
+
+namespace Kiv {
+
+bool PtrInterface::threadSafe_ = false;
+
+PtrInterface::~PtrInterface() = default;
+
+void PtrInterface::zeroReferencesIs() const noexcept { delete this; }
+
+} // namespace Kiv

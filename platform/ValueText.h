@@ -1,0 +1,78 @@
+// The reflective text form shared by every small value type:
+//
+//   Value('Routing::Bgp::ExtComm::StrepFormat', ** {'strepFormatDefault': True, ...})
+//
+// ValueTextWriter builds it field by field; ValueTextReader takes it apart
+// again. Field values are the framework's texts of their types: booleans are
+// True and False, integers decimal, nested values their own Value(...) text.
+//
+//   std::string text = Kiv::ValueTextWriter("Routing::Bgp::Foo")
+//                         .field("sorted", true).field("count", U64{3}).finish();
+//   Kiv::ValueTextReader in(text, "Routing::Bgp::Foo");
+//   bool sorted = in.boolField("sorted");
+#pragma once
+
+#include "platform/Export.h"
+#include "platform/Types.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Kiv {
+
+// "True" or "False".
+QORBGP_EXPORT std::string_view boolText(bool value) noexcept;
+// Inverse of boolText; nothing for any other text.
+QORBGP_EXPORT std::optional<bool> parseBool(std::string_view text) noexcept;
+// Plain decimal digits that fit in 64 bits; nothing otherwise (no sign, no space).
+QORBGP_EXPORT std::optional<U64> parseU64(std::string_view text) noexcept;
+
+class QORBGP_EXPORT ValueTextWriter {
+ public:
+   explicit ValueTextWriter(std::string_view typeName);
+
+   // Appends "'name': valueText", separated from the previous field by ", ".
+   ValueTextWriter& field(std::string_view name, std::string_view valueText);
+   ValueTextWriter& field(std::string_view name, bool value);
+   ValueTextWriter& field(std::string_view name, U64 value);
+
+   // Closes the text; the writer is spent afterwards.
+   std::string finish();
+
+ private:
+   std::string text_;
+   bool first_ = true;
+};
+
+// Parses the whole text at construction. Every malformation (wrong type name,
+// bad punctuation, a field asked for but missing, a field given twice, a field
+// left unread at finish(), a value of the wrong form) raises RangeError with a
+// message that names the type and what is wrong.
+class QORBGP_EXPORT ValueTextReader {
+ public:
+   ValueTextReader(std::string_view text, std::string_view typeName);
+
+   // The raw text of a field's value. Fields may come in any order.
+   std::string_view field(std::string_view name);
+   bool boolField(std::string_view name);
+   U64 u64Field(std::string_view name);
+
+   // Checks that every field of the text was read.
+   void finish() const;
+
+ private:
+   [[noreturn]] void fail(std::string_view what) const;
+
+   std::string typeName_;
+   struct Field {
+      std::string_view name;
+      std::string_view value;
+      bool read = false;
+   };
+   std::vector<Field> fields_; // views into the caller's text
+};
+
+} // namespace Kiv

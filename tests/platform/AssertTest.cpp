@@ -1,0 +1,19 @@
+#include "platform/Assert.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(AssertDeathTest, PrintsConditionTextAndSourceUnit) {
+   int answer = 41;
+   EXPECT_DEATH(QOR_ASSERT(answer == 42), "AssertTest:[0-9]+: assertion failed: answer == 42");
+}
+
+TEST(AssertDeathTest, ExplicitTextReplacesTheExpression) {
+   EXPECT_DEATH(QOR_ASSERT_TEXT(false, "extCommPktTypeTransEvpn_ == pktType()"),
+                "assertion failed: extCommPktTypeTransEvpn_ == pktType\\(\\)");
+}
+
+TEST(Assert, PassingConditionDoesNothing) { QOR_ASSERT(1 + 1 == 2); }
+
+} // namespace
