@@ -21,13 +21,14 @@ void DynamicBufferInterface::appendDecimal(U64 value) {
    append(std::string_view(digits, static_cast<std::size_t>(result.ptr - digits)));
 }
 
-void DynamicBufferInterface::grow(std::size_t extra) {
+std::unique_ptr<char[]> DynamicBufferInterface::grow(std::size_t extra) {
    std::size_t capacity = std::max(capacity_ * 2, size_ + extra);
    auto heap = std::make_unique_for_overwrite<char[]>(capacity);
    std::memcpy(heap.get(), data_, size_);
-   heap_ = std::move(heap);
+   std::swap(heap_, heap);
    data_ = heap_.get();
    capacity_ = capacity;
+   return heap;
 }
 
 } // namespace Kiv

@@ -35,8 +35,13 @@ class QORBGP_EXPORT DynamicBufferInterface {
       data_[size_++] = c;
    }
    void append(std::string_view s) {
+      if (s.empty()) {
+         return; // an empty view may have a null data() that memcpy may not see
+      }
+      // The old storage outlives the copy, so `s` may be a view of this buffer.
+      std::unique_ptr<char[]> old;
       if (s.size() > capacity_ - size_) [[unlikely]] {
-         grow(s.size());
+         old = grow(s.size());
       }
       std::memcpy(data_ + size_, s.data(), s.size());
       size_ += s.size();
@@ -52,6 +57,13 @@ class QORBGP_EXPORT DynamicBufferInterface {
          grow(size - size_);
       }
       size_ = size;
+   }
+   // Makes room for `capacity` bytes in all, so that appending up to that size
+   // allocates nothing. Content and size are kept.
+   void reserve(std::size_t capacity) {
+      if (capacity > capacity_) {
+         grow(capacity - size_);
+      }
    }
    void clear() noexcept { size_ = 0; }
 
@@ -70,7 +82,8 @@ class QORBGP_EXPORT DynamicBufferInterface {
 
  private:
    // Makes room for at least `extra` more bytes: at least doubles capacity.
-   void grow(std::size_t extra);
+   // Returns the heap storage given up (empty if it was the inline storage).
+   std::unique_ptr<char[]> grow(std::size_t extra);
 
    char* data_;
    std::size_t size_ = 0;

@@ -22,6 +22,8 @@
 #include <atomic>
 #include <compare>
 #include <cstddef>
+#include <functional>
+#include <type_traits>
 #include <utility>
 
 namespace Kiv {
@@ -143,6 +145,11 @@ Ptr<T> dynamicPtrCast(Ptr<U> const& p) noexcept {
 }
 
 } // namespace Kiv
+
+template <class T>
+struct std::hash<Kiv::Ptr<T>> {
+   std::size_t operator()(Kiv::Ptr<T> const& p) const noexcept { return std::hash<T*>{}(p.get()); }
+};
 
 // Declares the pointer names every library class carries.
 #define KIV_POINTER_TYPES(Class)                                                         \

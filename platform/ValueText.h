@@ -36,6 +36,11 @@ class QORBGP_EXPORT ValueTextWriter {
 
    // Appends "'name': valueText", separated from the previous field by ", ".
    ValueTextWriter& field(std::string_view name, std::string_view valueText);
+   // NOTE: without this overload a string literal would pick the bool one
+   // (pointer-to-bool beats the conversion to string_view) and write True.
+   ValueTextWriter& field(std::string_view name, char const* valueText) {
+      return field(name, std::string_view(valueText));
+   }
    ValueTextWriter& field(std::string_view name, bool value);
    ValueTextWriter& field(std::string_view name, U64 value);
 
@@ -51,6 +56,8 @@ class QORBGP_EXPORT ValueTextWriter {
 // bad punctuation, a field asked for but missing, a field given twice, a field
 // left unread at finish(), a value of the wrong form) raises RangeError with a
 // message that names the type and what is wrong.
+// WARNING: the reader and the views that field() returns point into `text`,
+// which must outlive them.
 class QORBGP_EXPORT ValueTextReader {
  public:
    ValueTextReader(std::string_view text, std::string_view typeName);

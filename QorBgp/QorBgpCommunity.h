@@ -1,0 +1,232 @@
+// The extended community value (the 8-octet value of the EXTENDED COMMUNITIES
+// path attribute): its content word, the interned value object ExtComm, the
+// text-form selector ExtComm::StrepFormat, and the helpers that name type and
+// subtype octets.
+//
+// An ExtComm is immutable and shared: every holder of an extended community
+// holds an ExtComm::PtrConst, and equal contents are one object once interned.
+// Typed kinds (route target, link bandwidth, ...) derive from ExtCommSubtyped
+// and override the text forms. Values may be read from any thread.
+//
+//   auto rt = extCommFactory(extCommClassificationUnSpecified,
+//                            ExtCommContent(0x0002fde800000064));
+//   rt->pktType();                    // extCommPktTypeTransTwoOctetAs
+//   rt->toStrep();                    // "<extCommPktTypeTransTwoOctetAs 0x0002fde800000064>"
+//   rt->toStrepForUI(false, false, false);  // "0002:0xfd 0xe8 0x00 0x00 0x00 0x64"
+#pragma once
+
+#include "QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgp/QorBgpMiscTypes.h"
+#include "platform/Dedup.h"
+#include "platform/DynamicBuffer.h"
+#include "platform/Export.h"
+#include "platform/Ptr.h"
+#include "platform/Types.h"
+
+#include <compare>
+#include <concepts>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+namespace Routing::Bgp {
+
+// The eight wire octets of an extended community as one word, read in network
+// order: the type octet is bits 63-56, the subtype octet (for types that have
+// one) bits 55-48, the six value octets bits 47-0, most significant first.
+// Equality and order are those of the unsigned word, so contents sort by type,
+// then subtype, then value. Route target 65000:100 is 0x0002fde800000064.
+class ExtCommContent : public Zup::DedupContentHandle {
+ public:
+   constexpr ExtCommContent() noexcept = default;
+   constexpr explicit ExtCommContent(U64 word) noexcept : word_(word) {}
+
+   constexpr U64 word() const noexcept { return word_; }
+   constexpr U8 typeOctet() const noexcept { return static_cast<U8>(word_ >> 56); }
+   constexpr U8 subtypeOctet() const noexcept { return static_cast<U8>(word_ >> 48); }
+   // Value octet i, 0..5, most significant first (wire octet i + 2).
+   constexpr U8 valueOctet(unsigned i) const noexcept {
+      return static_cast<U8>(word_ >> (40 - 8 * i));
+   }
+
+   // The framework's text of the word (decimal), and its inverse; RangeError
+   // for text that is not a decimal 64-bit number.
+   QORBGP_EXPORT std::string toStrep() const;
+   QORBGP_EXPORT static ExtCommContent fromStrep(std::string_view text);
+
+   friend constexpr bool operator==(ExtCommContent a, ExtCommContent b) noexcept {
+      return a.word_ == b.word_;
+   }
+   friend constexpr std::strong_ordering operator<=>(ExtCommContent a, ExtCommContent b) noexcept {
+      return a.word_ <=> b.word_;
+   }
+
+ private:
+   U64 word_ = 0;
+};
+
+// "0x" and sixteen lower-case hexadecimal digits, e.g. 0x0002fde800000064. The
+// stream's format state is left as it was.
+QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommContent const& content);
+
+class QORBGP_EXPORT ExtComm : public Zup::DedupHandle {
+ public:
+   KIV_POINTER_TYPES(ExtComm);
+
+   // Which text form toStrepForPolicy renders: six flags in the low bits of
+   // one word. Reflection text:
+   //   Value('Routing::Bgp::ExtComm::StrepFormat', ** {'strepFormatDefault': False, ...})
+   class QORBGP_EXPORT StrepFormat {
+    public:
+      enum Flag : U32 {
+         flagDefault = 1,
+         flagClassification = 2,
+         flagUI = 4,
+         flagJson = 8,
+         flagAsdot = 16,
+         flagLinkBwWeighted = 32,
+      };
+      static constexpr U32 allFlags = 63;
+
+      constexpr StrepFormat() noexcept = default;
+      // RangeError when `value` is above 63.
+      explicit StrepFormat(U32 value);
+      // Parses the reflection text; RangeError when it is malformed.
+      static StrepFormat fromValueStrep(std::string_view text);
+
+      U32 value() const noexcept { return value_; }
+      bool has(Flag flag) const noexcept { return (value_ & flag) != 0; }
+      void flagIs(Flag flag, bool on) noexcept { value_ = on ? (value_ | flag) : (value_ & ~flag); }
+
+      bool strepFormatDefault() const noexcept { return has(flagDefault); }
+      bool strepFormatClassification() const noexcept { return has(flagClassification); }
+      bool strepFormatUI() const noexcept { return has(flagUI); }
+      bool strepFormatJson() const noexcept { return has(flagJson); }
+      bool strepFormatAsdot() const noexcept { return has(flagAsdot); }
+      bool strepFormatLinkBwWeighted() const noexcept { return has(flagLinkBwWeighted); }
+
+      std::string valueToStrep() const;
+
+      friend bool operator==(StrepFormat, StrepFormat) noexcept = default;
+
+    private:
+      U32 value_ = 0; // only bits 0-5 are ever set
+   };
+
+   // Stores both; no check is made. Objects are created through interning or
+   // extCommFactory, never on the stack.
+   ExtComm(ExtCommClassification classification, ExtCommContent const& content) noexcept;
+
+   // Qualified name of the dynamic type, "Routing::Bgp::ExtComm" here.
+   virtual std::string_view fwkType() const noexcept;
+   ~ExtComm() override;
+
+   // The framework's single-attribute hash of the word, seed 0.
+   U32 hash() const noexcept override;
+   // Interning equality: true when `other` (an ExtComm) has the same word.
+   bool compare(Zup::DedupHandle const* other) const noexcept override;
+   // True when `content`, an ExtCommContent, equals this content.
+   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
+
+   // A link bandwidth whose AS number is zero; false for every other kind.
+   virtual bool isLinkBandwidthWithUnspecifiedAsNumber() const noexcept { return false; }
+   // Unspecified for a plain value; the subtype octet for ExtCommSubtyped.
+   virtual BgpExtCommPktSubtype pktSubtype() const noexcept;
+   // The diagnostic form: "<" type name [" " subtype] " " content ">".
+   virtual void formatDerivedType(std::ostream& os) const;
+   // The policy and UI text. A plain value has text only when `format` holds
+   // both flagClassification and flagUI (the raw octets, see the .cpp);
+   // otherwise it is empty, so route policy never matches an unrecognised value.
+   virtual std::string toStrepForPolicy(StrepFormat format) const;
+   // Whether policy matching uses the UI text of this value.
+   virtual bool policyMatchStrepUI() const noexcept { return false; }
+   virtual bool isValid() const noexcept { return true; }
+   // The order of extended community lists: true when this word is numerically
+   // smaller than `other`'s. `other` must not be null.
+   virtual bool isBetterThan(PtrConst const& other) const noexcept;
+
+   ExtCommClassification classification() const noexcept { return classification_; }
+   ExtCommContent getContent() const noexcept { return content_; }
+   // The type octet when it names a BgpExtCommPktType member, else
+   // extCommPktTypeUnknown (0x100).
+   BgpExtCommPktType pktType() const noexcept;
+
+   // The text that stream output writes.
+   std::string toStrep() const;
+   // toStrepForPolicy with flagClassification and flagUI, plus flagAsdot,
+   // flagLinkBwWeighted and flagJson as asked.
+   std::string toStrepForUI(bool asdot, bool linkBwWeighted, bool json) const;
+   // "unspecified", the subtype's name in its type's enumeration (or
+   // "subtype=<decimal>"), or "none" for types without subtype names.
+   void formatSubtype(std::ostream& os) const;
+   // The content's stream form.
+   void formatCommunityValue(std::ostream& os) const;
+
+   // The subtype name for one type. Each asserts that the value is of that
+   // type ("<type member>_ == pktType()") and has a subtype
+   // ("!pktSubtype().isUnspecified()").
+   std::string pktSubtypeTransTwoOctetAsString() const;
+   std::string pktSubtypeTransIpv4AddressString() const;
+   std::string pktSubtypeTransFourOctetAsString() const;
+   std::string pktSubtypeTransOpaqueString() const;
+   std::string pktSubtypeEvpnString() const;
+   std::string pktSubtypeFlowspecRedirectNexthopString() const;
+   std::string pktSubtypeTransGenericString() const;
+   std::string pktSubtypeTransGenericPart2String() const;
+   std::string pktSubtypeTransGenericPart3String() const;
+   std::string pktSubtypeNonTransTwoOctetAsString() const;
+   std::string pktSubtypeNonTransIpv4AddressString() const;
+   std::string pktSubtypeNonTransFourOctetAsString() const;
+   std::string pktSubtypeNonTransOpaqueString() const;
+
+ private:
+   template <class E>
+   std::string pktSubtypeNameIn(BgpExtCommPktType type, char const* typeCheck) const;
+
+   ExtCommClassification const classification_;
+   ExtCommContent const content_;
+};
+
+// Base of every kind whose type octet is followed by a subtype octet.
+class QORBGP_EXPORT ExtCommSubtyped : public ExtComm {
+ public:
+   KIV_POINTER_TYPES(ExtCommSubtyped);
+
+   using ExtComm::ExtComm;
+   std::string_view fwkType() const noexcept override;
+   ~ExtCommSubtyped() override;
+   BgpExtCommPktSubtype pktSubtype() const noexcept override;
+};
+
+// A new plain value with notification enabled.
+QORBGP_EXPORT ExtComm::Ptr extCommFactory(ExtCommClassification classification,
+                                          ExtCommContent const& content);
+
+// The member name of `subtype` in the subtype enumeration E when it passes E's
+// membership test, else "subtype=" and the octet in decimal (e.g. subtype=77).
+template <class E>
+std::string extCommSubtypeString(U8 subtype) {
+   E member = static_cast<E>(subtype);
+   return bgpIsValidEnumMember(member) ? stringValue(member)
+                                       : "subtype=" + std::to_string(subtype);
+}
+
+// Appends the type octet without its non-transitive bit (type & 0xbf) and the
+// subtype octet, two lower-case hexadecimal digits each, then `suffix`, then
+// "(NT)" when `transitive` is false. E.g. type 0x43 subtype 0x00 -> "0300(NT)".
+QORBGP_EXPORT void addExtCommTypeAsString(Kiv::DynamicBufferInterface& buffer,
+                                          char const* suffix, U8 type, U8 subtype,
+                                          bool transitive);
+QORBGP_EXPORT std::string extCommTypeAsString(char const* suffix, U8 type, U8 subtype,
+                                              bool transitive);
+
+// "NULL" for a null pointer, else the object's formatDerivedType. The stream's
+// format state is left as it was.
+QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtComm const* comm);
+QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtComm const& comm);
+template <std::derived_from<ExtComm> T>
+std::ostream& operator<<(std::ostream& os, Kiv::Ptr<T> const& comm) {
+   return os << static_cast<ExtComm const*>(comm.get());
+}
+
+} // namespace Routing::Bgp
