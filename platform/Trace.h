@@ -58,7 +58,7 @@ class QORBGP_EXPORT TraceFacility {
    std::atomic<U16> levels_{0};
 };
 
-// The levels that a QORBGP_TRACE-style specification gives a facility name.
+// The levels that a QORBGP_TRACE-style setting gives a facility name.
 // Malformed entries are ignored, so that a typo in the environment never stops
 // the agent.
 QORBGP_EXPORT U16 traceLevelsFromSpec(std::string_view spec, std::string_view facility) noexcept;

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 
 namespace Routing::Bgp {
 namespace {
@@ -41,14 +40,6 @@ TEST(ExtCommPacketTypes, MembershipAcceptsExactlyTheWireValues) {
    EXPECT_TRUE(bgpIsValidEnumMember(extCommClassificationOriginValidationState));
 }
 
-TEST(ExtCommPacketTypes, UnknownMembersLieOutsideTheOctetRange) {
-   EXPECT_EQ(extCommPktTypeUnknown, 0x100u);
-   EXPECT_EQ(extCommPktSubtypeTransOpaqeUnknown, 0x100u);
-   EXPECT_EQ(extCommPktSubNonTransFourOctetAsUnknown, 0x100u);
-   EXPECT_EQ(extCommPktSubtypeFlowspecRedirectUnknown, 0x100u);
-   EXPECT_FALSE(bgpIsValidEnumMember(extCommPktSubtypeTransOpaqeUnknown));
-}
-
 TEST(ExtCommPacketTypes, InstanceFromNumberAndText) {
    EXPECT_EQ(BgpExtCommPktTypeInstance(0x43), extCommPktTypeNonTransOpaque);
    EXPECT_EQ(BgpExtCommPktTypeInstance("extCommPktTypeTransGenericPart3"),
@@ -64,13 +55,6 @@ TEST(ExtCommPacketTypes, InstanceFromNumberAndText) {
    }
    EXPECT_THROW(BgpExtCommPktSubtypeTransTwoOctetAsInstance(0x14), Kiv::RangeError);
    EXPECT_THROW(ExtCommClassificationInstance("extCommClassificationBogus"), Kiv::RangeError);
-}
-
-TEST(ExtCommPacketTypes, StreamWritesTheMemberName) {
-   std::ostringstream os;
-   os << extCommClassificationLinkBandwidth << ' ' << extCommPktSubtypeEvpnDFElection << ' '
-      << static_cast<BgpExtCommPktType>(7);
-   EXPECT_EQ(os.str(), "extCommClassificationLinkBandwidth extCommPktSubtypeEvpnDFElection 7");
 }
 
 } // namespace
