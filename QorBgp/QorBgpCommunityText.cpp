@@ -22,11 +22,7 @@ constexpr std::size_t policyTextCapacity = 64;
 
 constexpr char const* strepFormatTypeName = "Routing::Bgp::ExtComm::StrepFormat";
 
-struct StrepFormatField {
-   char const* name;
-   ExtComm::StrepFormat::Flag flag;
-};
-constexpr StrepFormatField strepFormatFields[] = {
+constexpr Kiv::FlagField strepFormatFields[] = {
    {"strepFormatDefault", ExtComm::StrepFormat::flagDefault},
    {"strepFormatClassification", ExtComm::StrepFormat::flagClassification},
    {"strepFormatUI", ExtComm::StrepFormat::flagUI},
@@ -57,21 +53,11 @@ ExtComm::StrepFormat::StrepFormat(U32 value) : value_(value & allFlags) {
 }
 
 std::string ExtComm::StrepFormat::valueToStrep() const {
-   Kiv::ValueTextWriter text(strepFormatTypeName);
-   for (auto const& field : strepFormatFields) {
-      text.field(field.name, has(field.flag));
-   }
-   return text.finish();
+   return Kiv::flagSetValueText(strepFormatTypeName, strepFormatFields, value_);
 }
 
 ExtComm::StrepFormat ExtComm::StrepFormat::fromValueStrep(std::string_view text) {
-   Kiv::ValueTextReader in(text, strepFormatTypeName);
-   StrepFormat format;
-   for (auto const& field : strepFormatFields) {
-      format.flagIs(field.flag, in.boolField(field.name));
-   }
-   in.finish();
-   return format;
+   return StrepFormat(Kiv::flagSetFromValueText(text, strepFormatTypeName, strepFormatFields));
 }
 
 void addExtCommTypeAsString(Kiv::DynamicBufferInterface& buffer, char const* suffix, U8 type,

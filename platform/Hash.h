@@ -5,6 +5,8 @@
 
 #include "platform/Types.h"
 
+#include <span>
+
 namespace Kiv {
 
 // Single-attribute hash of a 64-bit word, cut to 32 bits. A full avalanche
@@ -18,6 +20,30 @@ constexpr U32 hashU64(U64 word, U32 seed) noexcept {
    x *= 0xc4ceb9fe1a85ec53ull;
    x ^= x >> 33;
    return static_cast<U32>(x);
+}
+
+// Jenkins one-at-a-time hash of a byte sequence, continuing from `hash`
+// (0 to start): per byte h += b; h += h << 10; h ^= h >> 6; then the final
+// h += h << 3; h ^= h >> 11; h += h << 15. Use jenkinsAdd to feed bytes in
+// pieces and jenkinsFinish once at the end.
+constexpr U32 jenkinsAdd(U32 hash, std::span<U8 const> bytes) noexcept {
+   for (U8 b : bytes) {
+      hash += b;
+      hash += hash << 10;
+      hash ^= hash >> 6;
+   }
+   return hash;
+}
+
+constexpr U32 jenkinsFinish(U32 hash) noexcept {
+   hash += hash << 3;
+   hash ^= hash >> 11;
+   hash += hash << 15;
+   return hash;
+}
+
+constexpr U32 jenkinsOneAtATime(std::span<U8 const> bytes) noexcept {
+   return jenkinsFinish(jenkinsAdd(0, bytes));
 }
 
 } // namespace Kiv

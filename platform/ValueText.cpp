@@ -214,4 +214,24 @@ void ValueTextReader::fail(std::string_view what) const {
    throw RangeError("malformed value text of " + typeName_ + ": " + std::string(what));
 }
 
+std::string flagSetValueText(std::string_view typeName, std::span<FlagField const> fields,
+                             U32 value) {
+   ValueTextWriter text(typeName);
+   for (FlagField const& field : fields) {
+      text.field(field.name, (value & field.bit) != 0);
+   }
+   return text.finish();
+}
+
+U32 flagSetFromValueText(std::string_view text, std::string_view typeName,
+                         std::span<FlagField const> fields) {
+   ValueTextReader in(text, typeName);
+   U32 value = 0;
+   for (FlagField const& field : fields) {
+      value |= in.boolField(field.name) ? field.bit : 0;
+   }
+   in.finish();
+   return value;
+}
+
 } // namespace Kiv

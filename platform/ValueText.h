@@ -16,6 +16,7 @@
 #include "platform/Types.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -81,5 +82,20 @@ class QORBGP_EXPORT ValueTextReader {
    };
    std::vector<Field> fields_; // views into the caller's text
 };
+
+// Bit sets whose reflection text names each bit as a boolean field:
+//   Value('Routing::Bgp::Foo', ** {'sorted': True, 'hasPrunableValues': False})
+struct FlagField {
+   std::string_view name;
+   U32 bit;
+};
+
+// The reflection text of `value`, one field per entry of `fields`, in order.
+QORBGP_EXPORT std::string flagSetValueText(std::string_view typeName,
+                                           std::span<FlagField const> fields, U32 value);
+// The bits that the text sets; RangeError when it is malformed or does not
+// name exactly the fields given.
+QORBGP_EXPORT U32 flagSetFromValueText(std::string_view text, std::string_view typeName,
+                                       std::span<FlagField const> fields);
 
 } // namespace Kiv

@@ -1,0 +1,10 @@
+#include "QorBgp/QorBgpTrace.h"
+
+namespace Routing::Bgp {
+
+Kiv::TraceFacility& qorBgpTrace() noexcept {
+   static Kiv::TraceFacility facility("QorBgpCommunity");
+   return facility;
+}
+
+} // namespace Routing::Bgp
