@@ -49,4 +49,7 @@ std::string_view bgpPathAttrTypeShowString(BgpPathAttrType type) noexcept {
    return "Invalid attribute";
 }
 
+KIV_ENUM_DEFINE(TunnelType, "Routing::Bgp::TunnelType", Kiv::noMemberLimit,
+                QORBGP_TUNNEL_TYPE_MEMBERS)
+
 } // namespace Routing::Bgp

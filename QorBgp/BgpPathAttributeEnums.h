@@ -47,7 +47,7 @@ namespace Routing::Bgp {
    X(attrSet, 128)                                                                       \
    X(reservedForDevelopment, 255)
 
-enum BgpPathAttrType : U32 { QORBGP_BGP_PATH_ATTR_TYPE_MEMBERS(KIV_ENUMERATOR) };
+enum QORBGP_EXPORT BgpPathAttrType : U32 { QORBGP_BGP_PATH_ATTR_TYPE_MEMBERS(KIV_ENUMERATOR) };
 KIV_ENUM_GLUE(BgpPathAttrType);
 
 // The name show commands print for an attribute type, e.g. "MED" for
@@ -68,7 +68,7 @@ QORBGP_EXPORT std::string_view bgpPathAttrTypeShowString(BgpPathAttrType type) n
    X(optionalTransitive, 0xC0)                                                           \
    X(optionalTransitivePartial, 0xE0)
 
-enum BgpPathAttrFlag : U32 { QORBGP_BGP_PATH_ATTR_FLAG_MEMBERS(KIV_ENUMERATOR) };
+enum QORBGP_EXPORT BgpPathAttrFlag : U32 { QORBGP_BGP_PATH_ATTR_FLAG_MEMBERS(KIV_ENUMERATOR) };
 KIV_ENUM_GLUE(BgpPathAttrFlag);
 
 // Combines flag bits without leaving the flag type, so that
@@ -83,7 +83,7 @@ constexpr BgpPathAttrFlag operator|(BgpPathAttrFlag a, BgpPathAttrFlag b) noexce
    X(originEgp, 1)                                                                       \
    X(originIncomplete, 2)
 
-enum OriginCode : U32 { QORBGP_ORIGIN_CODE_MEMBERS(KIV_ENUMERATOR) };
+enum QORBGP_EXPORT OriginCode : U32 { QORBGP_ORIGIN_CODE_MEMBERS(KIV_ENUMERATOR) };
 KIV_ENUM_GLUE(OriginCode);
 
 // How the local speaker came by a path. aspTypeMax is the count of kinds, not
@@ -98,7 +98,7 @@ KIV_ENUM_GLUE(OriginCode);
    X(aspTypeConfedEbgp, 5)                                                               \
    X(aspTypeMax, 6)
 
-enum AspType : U32 { QORBGP_ASP_TYPE_MEMBERS(KIV_ENUMERATOR) };
+enum QORBGP_EXPORT AspType : U32 { QORBGP_ASP_TYPE_MEMBERS(KIV_ENUMERATOR) };
 KIV_ENUM_GLUE(AspType);
 
 // TLV types inside the BGP Prefix-SID attribute.
@@ -108,7 +108,42 @@ KIV_ENUM_GLUE(AspType);
    X(ipv6SidTlv, 2)                                                                      \
    X(originatorSrgbTlv, 3)
 
-enum PrefixSidTlvType : U32 { QORBGP_PREFIX_SID_TLV_TYPE_MEMBERS(KIV_ENUMERATOR) };
+enum QORBGP_EXPORT PrefixSidTlvType : U32 { QORBGP_PREFIX_SID_TLV_TYPE_MEMBERS(KIV_ENUMERATOR) };
 KIV_ENUM_GLUE(PrefixSidTlvType);
+
+// Tunnel types of the BGP Tunnel Encapsulation attribute and of the tunnel
+// encapsulation extended community (the IANA "BGP Tunnel Encapsulation
+// Attribute Tunnel Types" registry, RFC 9012). The numbers are 16 bits on the
+// wire. Every assigned code is a member, the deprecated ones (3-6, 17)
+// included, so that a received code always renders by name; 0 (reserved) and
+// the unassigned codes from 25 up are not members.
+#define QORBGP_TUNNEL_TYPE_MEMBERS(X)                                                    \
+   X(tunnelTypeL2tpv3OverIp, 1)                                                          \
+   X(tunnelTypeGre, 2)                                                                   \
+   X(tunnelTypeTransmitTunnelEndpoint, 3)                                                \
+   X(tunnelTypeIpsecInTunnelMode, 4)                                                     \
+   X(tunnelTypeIpInIpWithIpsecTransportMode, 5)                                          \
+   X(tunnelTypeMplsInIpWithIpsecTransportMode, 6)                                        \
+   X(tunnelTypeIpInIp, 7)                                                                \
+   X(tunnelTypeVxlan, 8)                                                                 \
+   X(tunnelTypeNvgre, 9)                                                                 \
+   X(tunnelTypeMpls, 10)                                                                 \
+   X(tunnelTypeMplsInGre, 11)                                                            \
+   X(tunnelTypeVxlanGpe, 12)                                                             \
+   X(tunnelTypeMplsInUdp, 13)                                                            \
+   X(tunnelTypeIpv6Tunnel, 14)                                                           \
+   X(tunnelTypeSrPolicy, 15)                                                             \
+   X(tunnelTypeBare, 16)                                                                 \
+   X(tunnelTypeSrTunnel, 17)                                                             \
+   X(tunnelTypeCloudSecurity, 18)                                                        \
+   X(tunnelTypeGeneve, 19)                                                               \
+   X(tunnelTypeAnyEncapsulation, 20)                                                     \
+   X(tunnelTypeGtp, 21)                                                                  \
+   X(tunnelTypeDpsTunnelEncapsulation, 22)                                               \
+   X(tunnelTypeOriginatingPe, 23)                                                        \
+   X(tunnelTypeDpsPolicy, 24)
+
+enum QORBGP_EXPORT TunnelType : U32 { QORBGP_TUNNEL_TYPE_MEMBERS(KIV_ENUMERATOR) };
+KIV_ENUM_GLUE(TunnelType);
 
 } // namespace Routing::Bgp

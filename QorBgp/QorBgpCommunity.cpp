@@ -134,4 +134,11 @@ ExtComm::Ptr extCommFactory(ExtCommClassification classification, ExtCommContent
    return comm;
 }
 
+ExtCommSubtyped::Ptr extCommSubtypedFactory(ExtCommClassification classification,
+                                            ExtCommContent const& content) {
+   ExtCommSubtyped::Ptr comm = new ExtCommSubtyped(classification, content);
+   comm->hasNotificationActiveIs(true);
+   return comm;
+}
+
 } // namespace Routing::Bgp

@@ -36,7 +36,7 @@ namespace Routing::Bgp {
 // one) bits 55-48, the six value octets bits 47-0, most significant first.
 // Equality and order are those of the unsigned word, so contents sort by type,
 // then subtype, then value. Route target 65000:100 is 0x0002fde800000064.
-class ExtCommContent : public Zup::DedupContentHandle {
+class QORBGP_EXPORT ExtCommContent : public Zup::DedupContentHandle {
  public:
    constexpr ExtCommContent() noexcept = default;
    constexpr explicit ExtCommContent(U64 word) noexcept : word_(word) {}
@@ -201,6 +201,9 @@ class QORBGP_EXPORT ExtCommSubtyped : public ExtComm {
 // A new plain value with notification enabled.
 QORBGP_EXPORT ExtComm::Ptr extCommFactory(ExtCommClassification classification,
                                           ExtCommContent const& content);
+// A new value of a type that carries a subtype octet, notification enabled.
+QORBGP_EXPORT ExtCommSubtyped::Ptr extCommSubtypedFactory(ExtCommClassification classification,
+                                                          ExtCommContent const& content);
 
 // The member name of `subtype` in the subtype enumeration E when it passes E's
 // membership test, else "subtype=" and the octet in decimal (e.g. subtype=77).

@@ -153,7 +153,7 @@ inline constexpr U32 extCommTransTwoOctetAsMemberLimit = 0x10;
 
 // Declares the enumeration E from its X-macro LIST, with its glue.
 #define QORBGP_EXT_COMM_ENUM(E, LIST)                                                    \
-   enum E : U32 { LIST(KIV_ENUMERATOR) };                                                \
+   enum QORBGP_EXPORT E : U32 { LIST(KIV_ENUMERATOR) };                                  \
    KIV_ENUM_GLUE(E)
 
 QORBGP_EXT_COMM_ENUM(BgpExtCommPktType, QORBGP_EXT_COMM_PKT_TYPE);

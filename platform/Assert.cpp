@@ -6,10 +6,7 @@
 
 namespace Kiv {
 
-namespace {
-
-// "a/b/QorBgpSerialize.cpp" -> "QorBgpSerialize"
-std::string_view sourceUnit(std::string_view file) {
+std::string_view sourceUnit(std::string_view file) noexcept {
    if (auto slash = file.rfind('/'); slash != std::string_view::npos) {
       file.remove_prefix(slash + 1);
    }
@@ -18,8 +15,6 @@ std::string_view sourceUnit(std::string_view file) {
    }
    return file;
 }
-
-} // namespace
 
 void assertionFailed(char const* condition, char const* file, int line) noexcept {
    std::string_view unit = sourceUnit(file);

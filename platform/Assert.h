@@ -7,7 +7,13 @@
 
 #include "platform/Export.h"
 
+#include <string_view>
+
 namespace Kiv {
+
+// The source unit of a file path: its name without directory or extension
+// ("a/b/QorBgpSerialize.cpp" -> "QorBgpSerialize"). Points into `file`.
+QORBGP_EXPORT std::string_view sourceUnit(std::string_view file) noexcept;
 
 // Prints "<unit>:<line>: assertion failed: <condition>" and aborts.
 // Safe to call from any thread; never returns.

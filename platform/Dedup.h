@@ -17,7 +17,7 @@ namespace Zup {
 // Base of the content records that a table looks objects up by (for example
 // an extended community's 64-bit word). It has no state and no ordering: each
 // derived content defines its own equality and order.
-struct DedupContentHandle {};
+struct QORBGP_EXPORT DedupContentHandle {};
 
 class QORBGP_EXPORT DedupHandle : public Kiv::PtrInterface {
  public:

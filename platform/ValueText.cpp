@@ -214,6 +214,25 @@ void ValueTextReader::fail(std::string_view what) const {
    throw RangeError("malformed value text of " + typeName_ + ": " + std::string(what));
 }
 
+std::string pointerText(void const* pointer) {
+   char text[2 + 2 * sizeof(std::uintptr_t)] = {'0', 'x'};
+   auto end = std::to_chars(text + 2, text + sizeof text,
+                            reinterpret_cast<std::uintptr_t>(pointer), 16).ptr;
+   return std::string(text, end);
+}
+
+std::optional<std::uintptr_t> parsePointer(std::string_view text) noexcept {
+   if (!text.starts_with("0x") || text.size() == 2) {
+      return std::nullopt;
+   }
+   std::uintptr_t value = 0;
+   auto [end, ec] = std::from_chars(text.data() + 2, text.data() + text.size(), value, 16);
+   if (ec != std::errc() || end != text.data() + text.size()) {
+      return std::nullopt;
+   }
+   return value;
+}
+
 std::string flagSetValueText(std::string_view typeName, std::span<FlagField const> fields,
                              U32 value) {
    ValueTextWriter text(typeName);

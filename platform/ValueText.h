@@ -15,6 +15,7 @@
 #include "platform/Export.h"
 #include "platform/Types.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -82,6 +83,11 @@ class QORBGP_EXPORT ValueTextReader {
    };
    std::vector<Field> fields_; // views into the caller's text
 };
+
+// The framework's text of a raw pointer: "0x" and lower-case hexadecimal
+// digits, "0x0" for null. parsePointer reads it back (nothing for other text).
+QORBGP_EXPORT std::string pointerText(void const* pointer);
+QORBGP_EXPORT std::optional<std::uintptr_t> parsePointer(std::string_view text) noexcept;
 
 // Bit sets whose reflection text names each bit as a boolean field:
 //   Value('Routing::Bgp::Foo', ** {'sorted': True, 'hasPrunableValues': False})
