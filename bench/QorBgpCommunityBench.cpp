@@ -53,4 +53,3 @@ BENCHMARK(BM_ExtCommToStrep);
 
 } // namespace
 
-BENCHMARK_MAIN();

@@ -62,11 +62,13 @@ class NotifyingKeySet : detail::NotifyingBase<N, Key, OnChange> {
       return key;
    }
    // Removes the key; notifies and returns true only when it was present.
+   // `key` may refer to the stored key itself: it is copied first.
    bool erase(Key const& key) {
-      if (keys_.erase(key) == 0) {
+      Key const removed = key;
+      if (keys_.erase(removed) == 0) {
          return false;
       }
-      this->changed(key);
+      this->changed(removed);
       return true;
    }
    // Removes every key, each removal notifying.
@@ -110,14 +112,16 @@ class NotifyingMap : detail::NotifyingBase<N, typename Map::key_type, OnChange> 
       this->changed(key);
    }
    // Removes the entry; notifies and returns true only when it was present.
+   // `key` may refer to the stored key itself: it is copied first.
    bool erase(Key const& key) {
       auto it = entries_.find(key);
       if (it == entries_.end()) {
          return false;
       }
+      Key const removed = it->first;
       Value dropped = std::move(it->second); // released after the notification
       entries_.erase(it);
-      this->changed(key);
+      this->changed(removed);
       return true;
    }
    void clear() {

@@ -1,11 +1,11 @@
-// qorbgp-example: builds a few extended communities and prints their text
+// qorbgp-example: recognises a few extended communities and prints their text
 // forms, the diagnostic form and the UI form that show commands use.
 //
 // Usage: qorbgp-example [HEXWORD...]
 //   With no arguments it prints a fixed set of values; otherwise each argument
 //   is read as the 64-bit content word of an extended community in hexadecimal
 //   (e.g. 0002fde800000064 or 0x0002fde800000064).
-#include "QorBgp/QorBgpCommunity.h"
+#include "QorBgp/Parse/ExtComm.h"
 
 #include <charconv>
 #include <cstdio>
@@ -25,17 +25,8 @@ bool parseWord(std::string_view text, U64& word) {
    return !text.empty() && ec == std::errc() && end == text.data() + text.size();
 }
 
-void show(U64 word) {
-   // Values of a type that carries a subtype octet show it by name.
-   U8 type = static_cast<U8>(word >> 56);
-   bool hasSubtype = bgpIsValidEnumMember(static_cast<BgpExtCommPktType>(type)) &&
-                     type != extCommPktTypeTransQosMarking &&
-                     type != extCommPktTypeTransCosCapability &&
-                     type != extCommPktTypeNonTransQosMarking;
-   ExtComm::PtrConst comm =
-      hasSubtype ? ExtComm::PtrConst(new ExtCommSubtyped(extCommClassificationUnSpecified,
-                                                         ExtCommContent(word)))
-                 : extCommFactory(extCommClassificationUnSpecified, ExtCommContent(word));
+void show(BgpParseExtendedCommunityRule const& parser, U64 word) {
+   ExtComm::PtrConst comm = parser.parseExtendedCommunity(ExtCommContent(word));
    std::cout << comm << "\n    ui: " << comm->toStrepForUI(false, false, false) << '\n';
 }
 
@@ -48,6 +39,7 @@ int main(int argc, char** argv) {
                0x0102c0000201006e,  // route target 192.0.2.1:110
                0x4300000000000002,  // origin validation state: invalid
                0x030b00000000000a,  // colour 10
+               0x4004fde84d9502f9,  // link bandwidth 2.5 Gbit/s from AS 65000
                0x8006000000000000,  // flowspec traffic rate 0
                0x4105c00002010001}; // non-transitive IPv4-address, unnamed subtype
    }
@@ -59,8 +51,9 @@ int main(int argc, char** argv) {
       }
       words.push_back(word);
    }
+   auto recognition = bgpParseExtCommContainerSmFactory();
    for (U64 word : words) {
-      show(word);
+      show(*recognition->extCommParser(), word);
    }
    return 0;
 }
