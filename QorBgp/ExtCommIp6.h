@@ -121,45 +121,9 @@ class QORBGP_EXPORT ExtCommIp6 : public Zup::DedupHandle {
  public:
    KIV_POINTER_TYPES(ExtCommIp6);
 
-   // Which text form toStrepForPolicy renders: five flags in the low bits of
-   // one word (ExtComm::StrepFormat without the JSON flag, so the bits above
-   // flagUI sit one lower). Reflection text:
-   //   Value('Routing::Bgp::ExtCommIp6::StrepFormat', ** {'strepFormatDefault': False, ...})
-   class QORBGP_EXPORT StrepFormat {
-    public:
-      enum Flag : U32 {
-         flagDefault = 1,
-         flagClassification = 2,
-         flagUI = 4,
-         flagAsdot = 8,
-         flagLinkBwWeighted = 16,
-      };
-      static constexpr U32 allFlags = 31;
-
-      constexpr StrepFormat() noexcept = default;
-      // RangeError when `value` is above 31.
-      explicit StrepFormat(U32 value);
-      // Parses the reflection text; RangeError when it is malformed or does
-      // not name exactly the five flags.
-      static StrepFormat fromValueStrep(std::string_view text);
-
-      U32 value() const noexcept { return value_; }
-      bool has(Flag flag) const noexcept { return (value_ & flag) != 0; }
-      void flagIs(Flag flag, bool on) noexcept { value_ = on ? (value_ | flag) : (value_ & ~flag); }
-
-      bool strepFormatDefault() const noexcept { return has(flagDefault); }
-      bool strepFormatClassification() const noexcept { return has(flagClassification); }
-      bool strepFormatUI() const noexcept { return has(flagUI); }
-      bool strepFormatAsdot() const noexcept { return has(flagAsdot); }
-      bool strepFormatLinkBwWeighted() const noexcept { return has(flagLinkBwWeighted); }
-
-      std::string valueToStrep() const;
-
-      friend bool operator==(StrepFormat, StrepFormat) noexcept = default;
-
-    private:
-      U32 value_ = 0; // only bits 0-4 are ever set
-   };
+   // Which text form toStrepForPolicy renders (see QorBgpStrepFormat.h):
+   // like ExtComm::StrepFormat without the JSON flag.
+   using StrepFormat = StrepFormatFlags<ExtCommIp6StrepLayout>;
 
    // Stores both; no check is made. Objects are created through interning or
    // extCommIp6Factory, never on the stack.

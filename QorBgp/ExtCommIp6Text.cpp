@@ -28,15 +28,6 @@ constexpr std::size_t contentTextCapacity = 96;
 constexpr std::size_t policyTextCapacity = 64;
 static_assert(13 + Qornet::Ip6Addr::maxStrepLength + 6 <= policyTextCapacity);
 
-constexpr char const* strepFormatTypeName = "Routing::Bgp::ExtCommIp6::StrepFormat";
-
-constexpr Kiv::FlagField strepFormatFields[] = {
-   {"strepFormatDefault", ExtCommIp6::StrepFormat::flagDefault},
-   {"strepFormatClassification", ExtCommIp6::StrepFormat::flagClassification},
-   {"strepFormatUI", ExtCommIp6::StrepFormat::flagUI},
-   {"strepFormatAsdot", ExtCommIp6::StrepFormat::flagAsdot},
-   {"strepFormatLinkBwWeighted", ExtCommIp6::StrepFormat::flagLinkBwWeighted},
-};
 
 void appendContentText(Kiv::DynamicBufferInterface& buffer, ExtCommIp6Content const& content) {
    buffer.append("type=");
@@ -108,21 +99,6 @@ void ExtCommIp6Content::sequenceToValue(std::string_view text) {
    subtype = *newSubtype;
    addr = *newAddr;
    localAdmin = *newLocalAdmin;
-}
-
-ExtCommIp6::StrepFormat::StrepFormat(U32 value) : value_(value & allFlags) {
-   if (value > allFlags) {
-      throw Kiv::RangeError("ExtCommIp6::StrepFormat " + std::to_string(value) +
-                            " > 31 not allowed");
-   }
-}
-
-std::string ExtCommIp6::StrepFormat::valueToStrep() const {
-   return Kiv::flagSetValueText(strepFormatTypeName, strepFormatFields, value_);
-}
-
-ExtCommIp6::StrepFormat ExtCommIp6::StrepFormat::fromValueStrep(std::string_view text) {
-   return StrepFormat(Kiv::flagSetFromValueText(text, strepFormatTypeName, strepFormatFields));
 }
 
 std::string ExtCommIp6::toStrepForPolicy(StrepFormat format) const {

@@ -17,6 +17,7 @@
 
 #include "QorBgp/QorBgpCommunityPacketTypes.h"
 #include "QorBgp/QorBgpMiscTypes.h"
+#include "QorBgp/QorBgpStrepFormat.h"
 #include "platform/Dedup.h"
 #include "platform/DynamicBuffer.h"
 #include "platform/Export.h"
@@ -73,45 +74,9 @@ class QORBGP_EXPORT ExtComm : public Zup::DedupHandle {
  public:
    KIV_POINTER_TYPES(ExtComm);
 
-   // Which text form toStrepForPolicy renders: six flags in the low bits of
-   // one word. Reflection text:
-   //   Value('Routing::Bgp::ExtComm::StrepFormat', ** {'strepFormatDefault': False, ...})
-   class QORBGP_EXPORT StrepFormat {
-    public:
-      enum Flag : U32 {
-         flagDefault = 1,
-         flagClassification = 2,
-         flagUI = 4,
-         flagJson = 8,
-         flagAsdot = 16,
-         flagLinkBwWeighted = 32,
-      };
-      static constexpr U32 allFlags = 63;
-
-      constexpr StrepFormat() noexcept = default;
-      // RangeError when `value` is above 63.
-      explicit StrepFormat(U32 value);
-      // Parses the reflection text; RangeError when it is malformed.
-      static StrepFormat fromValueStrep(std::string_view text);
-
-      U32 value() const noexcept { return value_; }
-      bool has(Flag flag) const noexcept { return (value_ & flag) != 0; }
-      void flagIs(Flag flag, bool on) noexcept { value_ = on ? (value_ | flag) : (value_ & ~flag); }
-
-      bool strepFormatDefault() const noexcept { return has(flagDefault); }
-      bool strepFormatClassification() const noexcept { return has(flagClassification); }
-      bool strepFormatUI() const noexcept { return has(flagUI); }
-      bool strepFormatJson() const noexcept { return has(flagJson); }
-      bool strepFormatAsdot() const noexcept { return has(flagAsdot); }
-      bool strepFormatLinkBwWeighted() const noexcept { return has(flagLinkBwWeighted); }
-
-      std::string valueToStrep() const;
-
-      friend bool operator==(StrepFormat, StrepFormat) noexcept = default;
-
-    private:
-      U32 value_ = 0; // only bits 0-5 are ever set
-   };
+   // Which text form toStrepForPolicy renders (see QorBgpStrepFormat.h):
+   // default, classification, UI, JSON, asdot, link-bandwidth weighted.
+   using StrepFormat = StrepFormatFlags<ExtCommStrepLayout>;
 
    // Stores both; no check is made. Objects are created through interning or
    // extCommFactory, never on the stack.

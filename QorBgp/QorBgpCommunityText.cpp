@@ -20,16 +20,6 @@ constexpr U8 nonTransitiveBit = 0x40;
 // at most 43 characters: it never leaves the stack.
 constexpr std::size_t policyTextCapacity = 64;
 
-constexpr char const* strepFormatTypeName = "Routing::Bgp::ExtComm::StrepFormat";
-
-constexpr Kiv::FlagField strepFormatFields[] = {
-   {"strepFormatDefault", ExtComm::StrepFormat::flagDefault},
-   {"strepFormatClassification", ExtComm::StrepFormat::flagClassification},
-   {"strepFormatUI", ExtComm::StrepFormat::flagUI},
-   {"strepFormatJson", ExtComm::StrepFormat::flagJson},
-   {"strepFormatAsdot", ExtComm::StrepFormat::flagAsdot},
-   {"strepFormatLinkBwWeighted", ExtComm::StrepFormat::flagLinkBwWeighted},
-};
 
 } // namespace
 
@@ -43,21 +33,6 @@ std::ostream& operator<<(std::ostream& os, ExtCommContent const& content) {
       text[i] = hexDigits[word & 0xf];
    }
    return os.write(text, sizeof text);
-}
-
-ExtComm::StrepFormat::StrepFormat(U32 value) : value_(value & allFlags) {
-   if (value > allFlags) {
-      throw Kiv::RangeError("ExtComm::StrepFormat " + std::to_string(value) +
-                            " > 63 not allowed");
-   }
-}
-
-std::string ExtComm::StrepFormat::valueToStrep() const {
-   return Kiv::flagSetValueText(strepFormatTypeName, strepFormatFields, value_);
-}
-
-ExtComm::StrepFormat ExtComm::StrepFormat::fromValueStrep(std::string_view text) {
-   return StrepFormat(Kiv::flagSetFromValueText(text, strepFormatTypeName, strepFormatFields));
 }
 
 void addExtCommTypeAsString(Kiv::DynamicBufferInterface& buffer, char const* suffix, U8 type,

@@ -242,6 +242,11 @@ std::string flagSetValueText(std::string_view typeName, std::span<FlagField cons
    return text.finish();
 }
 
+void flagSetOutOfRange(std::string_view name, U32 value, U32 max) {
+   throw RangeError(std::string(name) + " " + std::to_string(value) + " > " + std::to_string(max) +
+                    " not allowed");
+}
+
 U32 flagSetFromValueText(std::string_view text, std::string_view typeName,
                          std::span<FlagField const> fields) {
    ValueTextReader in(text, typeName);

@@ -99,6 +99,8 @@ struct FlagField {
 // The reflection text of `value`, one field per entry of `fields`, in order.
 QORBGP_EXPORT std::string flagSetValueText(std::string_view typeName,
                                            std::span<FlagField const> fields, U32 value);
+// Raises RangeError "<name> <value> > <max> not allowed".
+[[noreturn]] QORBGP_EXPORT void flagSetOutOfRange(std::string_view name, U32 value, U32 max);
 // The bits that the text sets; RangeError when it is malformed or does not
 // name exactly the fields given.
 QORBGP_EXPORT U32 flagSetFromValueText(std::string_view text, std::string_view typeName,
