@@ -80,9 +80,7 @@ BgpExtCommPktSubtype ExtCommIp6Subtyped::pktSubtype() const noexcept {
 
 ExtCommIp6::Ptr extCommIp6Factory(ExtCommClassification classification,
                                   ExtCommIp6Content const& content) {
-   ExtCommIp6::Ptr comm = new ExtCommIp6(classification, content);
-   comm->hasNotificationActiveIs(true);
-   return comm;
+   return Kiv::newNotifying<ExtCommIp6>(classification, content);
 }
 
 } // namespace Routing::Bgp

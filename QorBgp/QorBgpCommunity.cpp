@@ -129,16 +129,12 @@ BgpExtCommPktSubtype ExtCommSubtyped::pktSubtype() const noexcept {
 }
 
 ExtComm::Ptr extCommFactory(ExtCommClassification classification, ExtCommContent const& content) {
-   ExtComm::Ptr comm = new ExtComm(classification, content);
-   comm->hasNotificationActiveIs(true);
-   return comm;
+   return Kiv::newNotifying<ExtComm>(classification, content);
 }
 
 ExtCommSubtyped::Ptr extCommSubtypedFactory(ExtCommClassification classification,
                                             ExtCommContent const& content) {
-   ExtCommSubtyped::Ptr comm = new ExtCommSubtyped(classification, content);
-   comm->hasNotificationActiveIs(true);
-   return comm;
+   return Kiv::newNotifying<ExtCommSubtyped>(classification, content);
 }
 
 } // namespace Routing::Bgp

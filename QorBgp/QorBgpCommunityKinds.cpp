@@ -223,12 +223,12 @@ void ExtCommIpv4Address::formatAdminPairDerivedType(std::ostream& os,
 
 ExtCommAsNumber::Ptr extCommAsNumberFactory(ExtCommClassification classification,
                                             ExtCommContent const& content, bool fourByteAs) {
-   return detail::makeNotifying<ExtCommAsNumber>(classification, content, fourByteAs);
+   return Kiv::newNotifying<ExtCommAsNumber>(classification, content, fourByteAs);
 }
 
 ExtCommIpv4Address::Ptr extCommIpv4AddressFactory(ExtCommClassification classification,
                                                   ExtCommContent const& content) {
-   return detail::makeNotifying<ExtCommIpv4Address>(classification, content);
+   return Kiv::newNotifying<ExtCommIpv4Address>(classification, content);
 }
 
 } // namespace Routing::Bgp

@@ -134,14 +134,6 @@ namespace detail {
 // Room for the usual text of any kind; longer texts move to the heap.
 inline constexpr std::size_t kindTextCapacity = 64;
 
-// A new T with notification enabled: the one way the kind factories build.
-template <class T, class... Args>
-Kiv::Ptr<T> makeNotifying(Args&&... args) {
-   Kiv::Ptr<T> comm = new T(std::forward<Args>(args)...);
-   comm->hasNotificationActiveIs(true);
-   return comm;
-}
-
 // Writes "<" `text` " " content ">", the shape of every kind's diagnostic
 // form. `text` goes out as raw characters, untouched by the stream's flags.
 void writeDiagnostic(std::ostream& os, std::string_view text, ExtCommContent const& content);

@@ -144,6 +144,15 @@ Ptr<T> dynamicPtrCast(Ptr<U> const& p) noexcept {
    return Ptr<T>(dynamic_cast<T*>(p.get()));
 }
 
+// Creates an object the way every factory hands one out: owned by a Ptr, with
+// notification already on.
+template <class T, class... Args>
+Ptr<T> newNotifying(Args&&... args) {
+   Ptr<T> object = new T(std::forward<Args>(args)...);
+   object->hasNotificationActiveIs(true);
+   return object;
+}
+
 } // namespace Kiv
 
 template <class T>

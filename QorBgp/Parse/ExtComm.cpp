@@ -39,9 +39,7 @@ BgpParseExtCommRuleCollections::Notifiee::~Notifiee() = default;
 BgpParseExtCommRuleCollections::~BgpParseExtCommRuleCollections() = default;
 
 BgpParseExtCommRuleCollections::Ptr bgpParseExtCommRuleCollectionsFactory() {
-   BgpParseExtCommRuleCollections::Ptr collections = new BgpParseExtCommRuleCollections;
-   collections->hasNotificationActiveIs(true);
-   return collections;
+   return Kiv::newNotifying<BgpParseExtCommRuleCollections>();
 }
 
 // Forwards every change of the registry to the plug-in's keyed handler. It

@@ -48,7 +48,7 @@ std::string ExtCommColor::toStrepForPolicy(StrepFormat) const {
 }
 
 ExtCommColor::Ptr extCommColorFactory(ExtCommContent const& content) {
-   return detail::makeNotifying<ExtCommColor>(content);
+   return Kiv::newNotifying<ExtCommColor>(content);
 }
 
 BgpParseExtCommColorSm::BgpParseExtCommColorSm(RuleCollectionsPtrConst const& ruleCollections)
@@ -72,9 +72,7 @@ void BgpParseExtCommColorSm::instantiateExtCommSubTypeTransOpaqueSubRule(
 
 BgpParseExtCommColorSm::Ptr BgpParseExtCommColorSmIs(
    BgpParseExtCommPluginBaseSm::RuleCollectionsPtrConst const& ruleCollections) {
-   BgpParseExtCommColorSm::Ptr plugin = new BgpParseExtCommColorSm(ruleCollections);
-   plugin->hasNotificationActiveIs(true);
-   return plugin;
+   return Kiv::newNotifying<BgpParseExtCommColorSm>(ruleCollections);
 }
 
 BgpParseExtCommPluginBaseSm::Ptr bgpParseExtCommColorSmFactory(

@@ -85,9 +85,7 @@ void BgpParseExtCommContainerSm::metadataAfterChange() noexcept {
 }
 
 BgpParseExtCommContainerSm::Ptr bgpParseExtCommContainerSmFactory() {
-   BgpParseExtCommContainerSm::Ptr container = new BgpParseExtCommContainerSm;
-   container->hasNotificationActiveIs(true);
-   return container;
+   return Kiv::newNotifying<BgpParseExtCommContainerSm>();
 }
 
 } // namespace Routing::Bgp

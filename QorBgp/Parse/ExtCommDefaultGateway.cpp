@@ -28,7 +28,7 @@ std::string ExtCommDefaultGateway::toStrepForPolicy(StrepFormat) const {
 }
 
 ExtCommDefaultGateway::Ptr extCommDefaultGatewayFactory(ExtCommContent const& content) {
-   return detail::makeNotifying<ExtCommDefaultGateway>(content);
+   return Kiv::newNotifying<ExtCommDefaultGateway>(content);
 }
 
 BgpParseExtCommDefaultGatewaySm::BgpParseExtCommDefaultGatewaySm(
@@ -54,10 +54,7 @@ void BgpParseExtCommDefaultGatewaySm::instantiateExtCommSubTypeTransOpaqueSubRul
 
 BgpParseExtCommDefaultGatewaySm::Ptr BgpParseExtCommDefaultGatewaySmIs(
    BgpParseExtCommPluginBaseSm::RuleCollectionsPtrConst const& ruleCollections) {
-   BgpParseExtCommDefaultGatewaySm::Ptr plugin =
-      new BgpParseExtCommDefaultGatewaySm(ruleCollections);
-   plugin->hasNotificationActiveIs(true);
-   return plugin;
+   return Kiv::newNotifying<BgpParseExtCommDefaultGatewaySm>(ruleCollections);
 }
 
 BgpParseExtCommPluginBaseSm::Ptr bgpParseExtCommDefaultGatewaySmFactory(

@@ -80,7 +80,7 @@ std::string ExtCommLinkBandwidth::toStrepForPolicy(StrepFormat format) const {
 }
 
 ExtCommLinkBandwidth::Ptr extCommLinkBandwidthFactory(ExtCommContent const& content) {
-   return detail::makeNotifying<ExtCommLinkBandwidth>(content);
+   return Kiv::newNotifying<ExtCommLinkBandwidth>(content);
 }
 
 BgpParseExtCommLinkBandwidthSm::BgpParseExtCommLinkBandwidthSm(
@@ -106,9 +106,7 @@ void BgpParseExtCommLinkBandwidthSm::instantiateExtCommSubTypeNonTransTwoOctetAs
 
 BgpParseExtCommLinkBandwidthSm::Ptr BgpParseExtCommLinkBandwidthSmIs(
    BgpParseExtCommPluginBaseSm::RuleCollectionsPtrConst const& ruleCollections) {
-   BgpParseExtCommLinkBandwidthSm::Ptr plugin = new BgpParseExtCommLinkBandwidthSm(ruleCollections);
-   plugin->hasNotificationActiveIs(true);
-   return plugin;
+   return Kiv::newNotifying<BgpParseExtCommLinkBandwidthSm>(ruleCollections);
 }
 
 BgpParseExtCommPluginBaseSm::Ptr bgpParseExtCommLinkBandwidthSmFactory(

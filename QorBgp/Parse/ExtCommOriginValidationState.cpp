@@ -69,7 +69,7 @@ std::string ExtCommOriginValidationState::toStrepForPolicy(StrepFormat format) c
 
 ExtCommOriginValidationState::Ptr
 extCommOriginValidationStateFactory(ExtCommContent const& content) {
-   return detail::makeNotifying<ExtCommOriginValidationState>(content);
+   return Kiv::newNotifying<ExtCommOriginValidationState>(content);
 }
 
 BgpParseExtCommOriginValidationStateSm::BgpParseExtCommOriginValidationStateSm(
@@ -95,10 +95,7 @@ void BgpParseExtCommOriginValidationStateSm::instantiateExtCommSubTypeNonTransOp
 
 BgpParseExtCommOriginValidationStateSm::Ptr BgpParseExtCommOriginValidationStateSmIs(
    BgpParseExtCommPluginBaseSm::RuleCollectionsPtrConst const& ruleCollections) {
-   BgpParseExtCommOriginValidationStateSm::Ptr plugin =
-      new BgpParseExtCommOriginValidationStateSm(ruleCollections);
-   plugin->hasNotificationActiveIs(true);
-   return plugin;
+   return Kiv::newNotifying<BgpParseExtCommOriginValidationStateSm>(ruleCollections);
 }
 
 BgpParseExtCommPluginBaseSm::Ptr bgpParseExtCommOriginValidationStateSmFactory(

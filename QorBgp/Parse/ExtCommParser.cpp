@@ -28,9 +28,7 @@ ExtComm::PtrConst fallbackValue(ExtCommContent const& content) {
 template <BgpParseExtCommFallback Fallback>
 ExtCommIp6::PtrConst fallbackValue(ExtCommIp6Content const& content) {
    static_assert(Fallback == BgpParseExtCommFallback::subtyped);
-   ExtCommIp6::Ptr value = new ExtCommIp6Subtyped(extCommClassificationUnSpecified, content);
-   value->hasNotificationActiveIs(true);
-   return value;
+   return Kiv::newNotifying<ExtCommIp6Subtyped>(extCommClassificationUnSpecified, content);
 }
 
 } // namespace
@@ -96,22 +94,11 @@ std::string_view BgpParseExtendedCommunityRule::fwkType() const noexcept {
    return "Routing::Bgp::BgpParseExtendedCommunityRule";
 }
 
-namespace {
-
-template <class Rule>
-typename Rule::Ptr newRule(BgpParseExtCommControl const& control) {
-   typename Rule::Ptr rule = new Rule(control);
-   rule->hasNotificationActiveIs(true);
-   return rule;
-}
-
-} // namespace
-
 void BgpParseExtendedCommunityRule::handleInitialized() {
    // Each type rule announces itself as it is built, so observing plug-ins
    // equip it before it is installed here.
 #define QORBGP_BUILD_TYPE_RULE(collection, S, N, ...)                                   \
-   installTypeRule(newRule<BgpParseExtComm##N##Rule>(parseControl()));
+   installTypeRule(Kiv::newNotifying<BgpParseExtComm##N##Rule>(parseControl()));
    QORBGP_EXT_COMM_TYPE_RULES(QORBGP_BUILD_TYPE_RULE)
 #undef QORBGP_BUILD_TYPE_RULE
    parseControl().ruleCollections()->extendedCommunityTypeRuleInstanceIs(
@@ -191,7 +178,7 @@ BgpParseExtendedCommunityRule::ip6TypeRule(BgpExtCommIp6PktType type) const {
 
 BgpParseExtendedCommunityRule::Ptr
 bgpParseExtendedCommunityRuleFactory(BgpParseExtCommControl const& control) {
-   return newRule<BgpParseExtendedCommunityRule>(control);
+   return Kiv::newNotifying<BgpParseExtendedCommunityRule>(control);
 }
 
 } // namespace Routing::Bgp

@@ -72,9 +72,7 @@ class QORBGP_EXPORT BgpParseExtCommPluginBaseSm : public Kiv::PtrInterface {
    // A new sub-rule of a kind, built with `control`, notification active.
    template <class SubRule>
    static typename SubRule::Ptr newSubRule(BgpParseExtCommControl const& control) {
-      typename SubRule::Ptr rule = new SubRule(control);
-      rule->hasNotificationActiveIs(true);
-      return rule;
+      return Kiv::newNotifying<SubRule>(control);
    }
 
  private:

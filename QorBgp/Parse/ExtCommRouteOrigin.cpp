@@ -44,12 +44,12 @@ std::string ExtCommRouteOriginIpv4Address::toStrepForPolicy(StrepFormat format) 
 
 ExtCommRouteOriginAs::Ptr extCommRouteOriginAsFactory(ExtCommContent const& content,
                                                       bool fourByteAs) {
-   return detail::makeNotifying<ExtCommRouteOriginAs>(content, fourByteAs);
+   return Kiv::newNotifying<ExtCommRouteOriginAs>(content, fourByteAs);
 }
 
 ExtCommRouteOriginIpv4Address::Ptr
 extCommRouteOriginIpv4AddressFactory(ExtCommContent const& content) {
-   return detail::makeNotifying<ExtCommRouteOriginIpv4Address>(content);
+   return Kiv::newNotifying<ExtCommRouteOriginIpv4Address>(content);
 }
 
 BgpParseExtCommRouteOriginSm::BgpParseExtCommRouteOriginSm(
@@ -93,9 +93,7 @@ void BgpParseExtCommRouteOriginSm::instantiateExtCommSubTypeTransFourOctetAsSubR
 
 BgpParseExtCommRouteOriginSm::Ptr BgpParseExtCommRouteOriginSmIs(
    BgpParseExtCommPluginBaseSm::RuleCollectionsPtrConst const& ruleCollections) {
-   BgpParseExtCommRouteOriginSm::Ptr plugin = new BgpParseExtCommRouteOriginSm(ruleCollections);
-   plugin->hasNotificationActiveIs(true);
-   return plugin;
+   return Kiv::newNotifying<BgpParseExtCommRouteOriginSm>(ruleCollections);
 }
 
 BgpParseExtCommPluginBaseSm::Ptr bgpParseExtCommRouteOriginSmFactory(

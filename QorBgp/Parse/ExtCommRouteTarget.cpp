@@ -44,12 +44,12 @@ std::string ExtCommRouteTargetIpv4Address::toStrepForPolicy(StrepFormat format) 
 
 ExtCommRouteTargetAs::Ptr extCommRouteTargetAsFactory(ExtCommContent const& content,
                                                       bool fourByteAs) {
-   return detail::makeNotifying<ExtCommRouteTargetAs>(content, fourByteAs);
+   return Kiv::newNotifying<ExtCommRouteTargetAs>(content, fourByteAs);
 }
 
 ExtCommRouteTargetIpv4Address::Ptr
 extCommRouteTargetIpv4AddressFactory(ExtCommContent const& content) {
-   return detail::makeNotifying<ExtCommRouteTargetIpv4Address>(content);
+   return Kiv::newNotifying<ExtCommRouteTargetIpv4Address>(content);
 }
 
 BgpParseExtCommRouteTargetSm::BgpParseExtCommRouteTargetSm(
@@ -93,9 +93,7 @@ void BgpParseExtCommRouteTargetSm::instantiateExtCommSubTypeTransFourOctetAsSubR
 
 BgpParseExtCommRouteTargetSm::Ptr BgpParseExtCommRouteTargetSmIs(
    BgpParseExtCommPluginBaseSm::RuleCollectionsPtrConst const& ruleCollections) {
-   BgpParseExtCommRouteTargetSm::Ptr plugin = new BgpParseExtCommRouteTargetSm(ruleCollections);
-   plugin->hasNotificationActiveIs(true);
-   return plugin;
+   return Kiv::newNotifying<BgpParseExtCommRouteTargetSm>(ruleCollections);
 }
 
 BgpParseExtCommPluginBaseSm::Ptr bgpParseExtCommRouteTargetSmFactory(

@@ -54,7 +54,7 @@ std::string ExtCommTunnelEncap::toStrepForPolicy(StrepFormat format) const {
 }
 
 ExtCommTunnelEncap::Ptr extCommTunnelEncapFactory(ExtCommContent const& content) {
-   return detail::makeNotifying<ExtCommTunnelEncap>(content);
+   return Kiv::newNotifying<ExtCommTunnelEncap>(content);
 }
 
 BgpParseExtCommTunnelEncapSm::BgpParseExtCommTunnelEncapSm(
@@ -80,9 +80,7 @@ void BgpParseExtCommTunnelEncapSm::instantiateExtCommSubTypeTransOpaqueSubRule(
 
 BgpParseExtCommTunnelEncapSm::Ptr BgpParseExtCommTunnelEncapSmIs(
    BgpParseExtCommPluginBaseSm::RuleCollectionsPtrConst const& ruleCollections) {
-   BgpParseExtCommTunnelEncapSm::Ptr plugin = new BgpParseExtCommTunnelEncapSm(ruleCollections);
-   plugin->hasNotificationActiveIs(true);
-   return plugin;
+   return Kiv::newNotifying<BgpParseExtCommTunnelEncapSm>(ruleCollections);
 }
 
 BgpParseExtCommPluginBaseSm::Ptr bgpParseExtCommTunnelEncapSmFactory(
