@@ -2,7 +2,8 @@
 # Set-up, build and run for QorBgpCommunity on Debian 12.
 #
 #   ./build.sh run     install what is missing, build (Release), run the main job
-#   ./build.sh test    install what is missing, build (Sanitize), run every test
+#   ./build.sh test    install what is missing, build (Sanitize), run every test, then
+#                      the concurrency stress tests again under ThreadSanitizer
 #   ./build.sh bench   install what is missing, build (Release), run the benchmarks
 #
 # Missing Debian packages are installed with apt-get when run as root; other
@@ -10,7 +11,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-packages=(g++ cmake ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev)
+packages=(g++ cmake ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev libabsl-dev libboost-dev)
 
 install_missing() {
    local missing=()
@@ -29,12 +30,17 @@ install_missing() {
    apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# configure_and_build <build type> <dir> [cmake options...]
-configure_and_build() {
+# configure <build type> <dir> [cmake options...]
+configure() {
    local type=$1 dir=$2
    shift 2
    cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE="$type" "$@" >/dev/null
-   cmake --build "$dir" -j "$(nproc)"
+}
+
+# configure_and_build <build type> <dir> [cmake options...]
+configure_and_build() {
+   configure "$@"
+   cmake --build "$2" -j "$(nproc)"
 }
 
 mode=${1:-run}
@@ -48,6 +54,10 @@ case "$mode" in
       install_missing
       configure_and_build Sanitize build/sanitize -DQORBGP_WERROR=ON
       ctest --test-dir build/sanitize --output-on-failure -j "$(nproc)"
+      # The concurrency stress tests again, under ThreadSanitizer.
+      configure Tsan build/tsan -DQORBGP_WERROR=ON -DQORBGP_BUILD_BENCH=OFF
+      cmake --build build/tsan -j "$(nproc)" --target QorBgpStressTests
+      ctest --test-dir build/tsan --output-on-failure -R Stress
       ;;
    bench)
       install_missing

@@ -33,6 +33,8 @@
 
 namespace Routing::Bgp {
 
+class ExtCommIp6DedupTable;
+
 // The type octet. Bit 0x40 set means non-transitive; every other octet is
 // extCommIp6PktTypeUnknown (0x100) to pktType(), a value no octet can equal.
 #define QORBGP_EXT_COMM_IP6_PKT_TYPE(X)                                                  \
@@ -124,6 +126,10 @@ class QORBGP_EXPORT ExtCommIp6 : public Zup::DedupHandle {
    // Which text form toStrepForPolicy renders (see QorBgpStrepFormat.h):
    // like ExtComm::StrepFormat without the JSON flag.
    using StrepFormat = StrepFormatFlags<ExtCommIp6StrepLayout>;
+
+   // The canonical object for `content` in `table`: the resident one, or a new
+   // one built by the table's parser and interned. Never null.
+   static PtrConst dedupContent(ExtCommIp6DedupTable const* table, ExtCommIp6Content const& content);
 
    // Stores both; no check is made. Objects are created through interning or
    // extCommIp6Factory, never on the stack.

@@ -30,7 +30,13 @@
 #include <string>
 #include <string_view>
 
+namespace hoard {
+class StoreManager;
+}
+
 namespace Routing::Bgp {
+
+class ExtCommDedupTable;
 
 // The eight wire octets of an extended community as one word, read in network
 // order: the type octet is bits 63-56, the subtype octet (for types that have
@@ -109,6 +115,17 @@ class QORBGP_EXPORT ExtComm : public Zup::DedupHandle {
    // The order of extended community lists: true when this word is numerically
    // smaller than `other`'s. `other` must not be null.
    virtual bool isBetterThan(PtrConst const& other) const noexcept;
+
+   // The canonical object for `content` in `table`: the resident one, or a new
+   // one built by the table's parser and interned. Never null.
+   static PtrConst dedupContent(ExtCommDedupTable const* table, ExtCommContent const& content);
+   // A plain value (never a typed kind) restored from the snapshot store:
+   // `stored` points at the stored location of an extended-community record.
+   // The value is detached: it is never entered in a table. Null when the
+   // store changed while the record was read (read again) or the record's
+   // classification is not one; Kiv::RangeError for a location outside the
+   // store.
+   static PtrConst dehoard(void const* stored, hoard::StoreManager* store);
 
    ExtCommClassification classification() const noexcept { return classification_; }
    ExtCommContent getContent() const noexcept { return content_; }

@@ -1,7 +1,29 @@
 #include "platform/Dedup.h"
 
+#include "platform/DedupHashTable.h"
+
 namespace Zup {
 
 DedupHandle::~DedupHandle() = default;
+
+void DedupHandle::dedupStateIs(DedupState state) noexcept {
+   QOR_ASSERT(table_ == nullptr);
+   state_.store(state, std::memory_order_relaxed);
+}
+
+void DedupHandle::assertIsDeduped() const noexcept { QOR_ASSERT(isDeduped()); }
+
+void DedupHandle::referencesIncReturnRef() const noexcept {
+   QOR_ASSERT(!beingDetached());
+   referencesInc();
+}
+
+void DedupHandle::referencesDecHooked() const noexcept {
+   // Owners other than this caller remain: no table work, no lock.
+   if (referencesDecAbove(tableReferences())) {
+      return;
+   }
+   table_->release(this);
+}
 
 } // namespace Zup

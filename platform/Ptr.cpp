@@ -8,4 +8,10 @@ PtrInterface::~PtrInterface() = default;
 
 void PtrInterface::zeroReferencesIs() const noexcept { delete this; }
 
+void PtrInterface::referencesDecHooked() const noexcept {
+   if (referencesDecReturnCount() == 0) {
+      zeroReferencesIs();
+   }
+}
+
 } // namespace Kiv

@@ -49,17 +49,15 @@ class QORBGP_EXPORT PtrInterface {
    }
 
    // Drops one reference; the last one calls zeroReferencesIs(), which
-   // destroys the object.
+   // destroys the object. An object whose release is hooked (an interned
+   // object, which must leave its table before only the table holds it)
+   // goes through referencesDecHooked() instead.
    void referencesDec() const noexcept {
-      U32 before;
-      if (threadSafe_) {
-         before = references_.fetch_sub(1, std::memory_order_acq_rel);
-      } else {
-         before = references_.load(std::memory_order_relaxed);
-         references_.store(before - 1, std::memory_order_relaxed);
+      if (releaseHooked_.load(std::memory_order_relaxed)) [[unlikely]] {
+         referencesDecHooked();
+         return;
       }
-      QOR_ASSERT(before > 0);
-      if (before == 1) {
+      if (referencesDecReturnCount() == 0) {
          zeroReferencesIs();
       }
    }
@@ -76,9 +74,46 @@ class QORBGP_EXPORT PtrInterface {
    // Called once the count has reached zero. The default deletes the object.
    virtual void zeroReferencesIs() const noexcept;
 
+   // Release hook (see referencesDec). Switch it only while no other thread
+   // can release the object.
+   void releaseHookedIs(bool hooked) const noexcept {
+      releaseHooked_.store(hooked, std::memory_order_relaxed);
+   }
+   virtual void referencesDecHooked() const noexcept;
+
+   // Drops one reference and returns the count left; never destroys.
+   U32 referencesDecReturnCount() const noexcept {
+      U32 before;
+      if (threadSafe_) {
+         before = references_.fetch_sub(1, std::memory_order_acq_rel);
+      } else {
+         before = references_.load(std::memory_order_relaxed);
+         references_.store(before - 1, std::memory_order_relaxed);
+      }
+      QOR_ASSERT(before > 0);
+      return before - 1;
+   }
+   // Drops one reference only if more than `floor` remain afterwards;
+   // returns whether it did. Lock-free.
+   bool referencesDecAbove(U32 floor) const noexcept {
+      U32 count = references_.load(std::memory_order_relaxed);
+      while (count > floor + 1) {
+         if (!threadSafe_) {
+            references_.store(count - 1, std::memory_order_relaxed);
+            return true;
+         }
+         if (references_.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel,
+                                               std::memory_order_relaxed)) {
+            return true;
+         }
+      }
+      return false;
+   }
+
  private:
    static bool threadSafe_;
    mutable std::atomic<U32> references_{0};
+   mutable std::atomic<bool> releaseHooked_{false};
    bool notificationActive_ = false;
 };
 
@@ -112,6 +147,12 @@ class Ptr {
 
    // Gives up ownership without dropping the reference.
    [[nodiscard]] T* release() noexcept { return std::exchange(p_, nullptr); }
+   // Takes over a reference that the caller already holds (the inverse of release).
+   [[nodiscard]] static Ptr adopt(T* p) noexcept {
+      Ptr owner;
+      owner.p_ = p;
+      return owner;
+   }
 
    friend bool operator==(Ptr const& a, Ptr const& b) noexcept { return a.p_ == b.p_; }
    friend bool operator==(Ptr const& a, std::nullptr_t) noexcept { return a.p_ == nullptr; }

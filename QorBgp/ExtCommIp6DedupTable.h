@@ -1,0 +1,35 @@
+// Interning of IPv6-address-specific extended communities: one shared
+// ExtCommIp6 per distinct 20-octet content, built on first use by the
+// recognition parser. Unlike the 8-octet table it reports nothing: IPv6
+// values never reach a route-target list.
+//
+//   auto table = extCommIp6DedupTableFactory(recognition->extCommParser());
+//   ExtCommIp6::PtrConst v = ExtCommIp6::dedupContent(table.get(), content);
+#pragma once
+
+#include "QorBgp/ExtCommIp6.h"
+#include "QorBgp/Parse/ExtCommParser.h"
+#include "platform/QorBgpGlobals.h"
+
+namespace Routing::Bgp {
+
+class QORBGP_EXPORT ExtCommIp6DedupTable : public BasicDedupTable_ {
+ public:
+   KIV_POINTER_TYPES(ExtCommIp6DedupTable);
+   using ParserPtrConst = Kiv::Ptr<BgpParseExtendedCommunityRule const>;
+
+   explicit ExtCommIp6DedupTable(ParserPtrConst const& parseExtCommRule);
+   ~ExtCommIp6DedupTable() override;
+   std::string_view fwkType() const noexcept { return "Routing::Bgp::ExtCommIp6DedupTable"; }
+
+   ParserPtrConst parseExtCommRule() const noexcept { return parseExtCommRule_; }
+
+ private:
+   ParserPtrConst const parseExtCommRule_;
+};
+
+// A new table with notification enabled. The parser must not be null.
+QORBGP_EXPORT ExtCommIp6DedupTable::Ptr
+extCommIp6DedupTableFactory(ExtCommIp6DedupTable::ParserPtrConst const& parseExtCommRule);
+
+} // namespace Routing::Bgp

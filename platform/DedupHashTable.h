@@ -1,0 +1,116 @@
+// DedupHashTable: the content-keyed set of live interned handles.
+//
+//   auto table = Zup::dedupHashTableFactory(multiThreaded);
+//   if (auto found = table->lookupByContent(content, hash)) { ... }   // a new reference
+//   Foo::Ptr canonical = table->dedup(candidate);    // candidate, or the resident equal one
+//
+// Single-threaded form: no locking at all. Multi-threaded form: the set is
+// split into shards by hash, each with its own lock, so that threads interning
+// different contents rarely meet; it requires Kiv::PtrInterface::threadSafe()
+// (atomic counts). In both forms:
+//   - lookupByContent and dedup return a handle with a reference taken for the
+//     caller, never one on its way out;
+//   - two threads that dedup equal new contents end with one resident handle;
+//     the loser gets the winner's and its own is released with its last
+//     reference;
+//   - a release that leaves only the table's references removes the handle,
+//     under the same lock, and destroys it.
+//
+// Lifetime notifiee: told of every insertion and removal, synchronously on
+// the thread that interns or releases, while that handle's shard is locked, so
+// the insertion and removal of one content are never reordered.
+// WARNING: a notifiee callback must not intern into or release handles of the
+// same table (that shard's lock is held).
+//
+// Destroying the table (or stopping its notifiee) must not race with other
+// use: remaining handles are detached from it and keep living on their own.
+#pragma once
+
+#include "platform/Dedup.h"
+#include "platform/Export.h"
+#include "platform/Ptr.h"
+
+#include <cstddef>
+#include <memory>
+
+namespace Kiv {
+class DumpContext;
+}
+
+namespace Zup {
+
+class QORBGP_EXPORT DedupHashTableLifeTimeNotifiee : public Kiv::PtrInterface {
+ public:
+   KIV_POINTER_TYPES(DedupHashTableLifeTimeNotifiee);
+
+   virtual void handleInsert(DedupHandle::Ptr const& handle) = 0;
+   virtual void handleRemove(DedupHandle* handle) = 0;
+   // The table stops reporting (the notifiee is replaced or the table is
+   // being torn down).
+   virtual void handleNotificationStop(DedupHashTable const& table) = 0;
+
+ protected:
+   ~DedupHashTableLifeTimeNotifiee() override;
+};
+
+class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
+ public:
+   KIV_POINTER_TYPES(DedupHashTable);
+
+   explicit DedupHashTable(bool multiThreaded);
+   ~DedupHashTable() override;
+   std::string_view fwkType() const noexcept { return "Zup::DedupHashTable"; }
+
+   bool multiThreaded() const noexcept { return multiThreaded_; }
+
+   // The resident handle whose content equals `content` (which hashes to
+   // `hash`), with a reference taken for the caller; null when none.
+   DedupHandle::Ptr lookupByContent(DedupContentHandle const& content, U32 hash) const;
+   // The resident handle equal to `handle` (by hash() and compare()) with a
+   // reference for the caller, or `handle` itself after inserting it. The
+   // handle must not be in a table or detached.
+   DedupHandle::Ptr dedup(DedupHandle::Ptr const& handle);
+
+   // Installs (or, with null, removes) the lifetime notifiee; a previous one
+   // is told handleNotificationStop. Not thread-safe: install it before the
+   // table is shared. Only handles inserted afterwards are reported.
+   void lifeTimeNotifieeIs(DedupHashTableLifeTimeNotifiee::Ptr const& notifiee);
+   DedupHashTableLifeTimeNotifiee::Ptr const& lifeTimeNotifiee() const noexcept {
+      return notifiee_;
+   }
+
+   // Resident handles (a snapshot in the multi-threaded form).
+   std::size_t size() const noexcept;
+   // "<indent>DedupHashTable #<n> (<form>): <size> entries".
+   void dumpState(Kiv::DumpContext& context, unsigned indent) const;
+
+   // Typed fronts: the same operations returning the derived type.
+   template <class T>
+   Kiv::Ptr<T const> lookupByContentAs(DedupContentHandle const& content, U32 hash) const {
+      return Kiv::Ptr<T const>::adopt(
+         static_cast<T const*>(lookupByContent(content, hash).release()));
+   }
+   template <class T>
+   Kiv::Ptr<T const> dedupAs(Kiv::Ptr<T const> const& handle) {
+      DedupHandle::Ptr candidate(const_cast<T*>(handle.get()));
+      return Kiv::Ptr<T const>::adopt(static_cast<T const*>(dedup(candidate).release()));
+   }
+
+ private:
+   friend class DedupHandle;
+   struct Shard;
+
+   Shard& shardFor(U32 hash) const noexcept;
+   // The release of `handle` that may leave only the table's references.
+   void release(DedupHandle const* handle) const noexcept;
+
+   bool const multiThreaded_;
+   unsigned const shardShift_; // shard index = hash >> shardShift_
+   std::unique_ptr<Shard[]> shards_;
+   DedupHashTableLifeTimeNotifiee::Ptr notifiee_;
+};
+
+// A new table with notification enabled.
+QORBGP_EXPORT DedupHashTable::Ptr dedupHashTableFactory(bool multiThreaded);
+
+} // namespace Zup
