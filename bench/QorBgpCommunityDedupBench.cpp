@@ -25,7 +25,7 @@ struct Fixture {
 };
 
 Fixture* fixture = nullptr;
-std::atomic<U64> nextNewContent{0};
+std::atomic<U64> nextRound{0}; // keeps repeated runs on new contents
 
 void setUp(bool multiThreaded) {
    QorBgpGlobals::multiThreadedIs(multiThreaded);
@@ -63,10 +63,11 @@ void BM_DedupContentResident(benchmark::State& state) {
 // insertion and removal.
 void BM_DedupContentNew(benchmark::State& state) {
    auto const* table = fixture->table.get();
+   // Each thread its own never-interned range: thread in the top value octet.
+   U64 n = (static_cast<U64>(state.thread_index()) << 40) | (nextRound++ << 32);
    for (auto _ : state) {
-      U64 n = nextNewContent.fetch_add(1, std::memory_order_relaxed);
       benchmark::DoNotOptimize(
-         ExtComm::dedupContent(table, ExtCommContent(0x0002000000000000ull | (n << 8))));
+         ExtComm::dedupContent(table, ExtCommContent(0x0002000000000000ull | ++n)));
    }
    state.SetItemsProcessed(state.iterations());
 }
