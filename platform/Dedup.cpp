@@ -27,3 +27,9 @@ void DedupHandle::referencesDecHooked() const noexcept {
 }
 
 } // namespace Zup
+
+namespace KivHoard {
+
+DedupHandle::~DedupHandle() = default;
+
+} // namespace KivHoard

@@ -42,6 +42,9 @@ enum class DedupState : U8 {
    detached = 4,
 };
 
+// The state of a handle that no table has ever held.
+constexpr DedupState dedupHandleStateNeverDeduped() noexcept { return DedupState::notDeduped; }
+
 class QORBGP_EXPORT DedupHandle : public Kiv::PtrInterface {
  public:
    KIV_POINTER_TYPES(DedupHandle);
@@ -100,3 +103,19 @@ class QORBGP_EXPORT DedupHandle : public Kiv::PtrInterface {
 };
 
 } // namespace Zup
+
+namespace KivHoard {
+
+// The interning handle of objects that can also be published into the
+// snapshot store (the community lists): a Zup::DedupHandle whose content is
+// restored by the class's own dehoard.
+class QORBGP_EXPORT DedupHandle : public Zup::DedupHandle {
+ public:
+   KIV_POINTER_TYPES(DedupHandle);
+
+ protected:
+   DedupHandle() noexcept = default;
+   ~DedupHandle() override;
+};
+
+} // namespace KivHoard
