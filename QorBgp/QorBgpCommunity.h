@@ -129,6 +129,8 @@ class QORBGP_EXPORT ExtComm : public Zup::DedupHandle {
 
    ExtCommClassification classification() const noexcept { return classification_; }
    ExtCommContent getContent() const noexcept { return content_; }
+   // The content word: the sort key of extended community lists.
+   U64 community() const noexcept { return content_.word(); }
    // The type octet when it names a BgpExtCommPktType member, else
    // extCommPktTypeUnknown (0x100).
    BgpExtCommPktType pktType() const noexcept;

@@ -6,6 +6,8 @@ namespace Zup {
 
 DedupHandle::~DedupHandle() = default;
 
+DedupHandleLifeTimeNotifier::~DedupHandleLifeTimeNotifier() = default;
+
 void DedupHandle::dedupStateIs(DedupState state) noexcept {
    QOR_ASSERT(table_ == nullptr);
    state_.store(state, std::memory_order_relaxed);

@@ -102,6 +102,23 @@ class QORBGP_EXPORT DedupHandle : public Kiv::PtrInterface {
    mutable std::atomic<U8> flags_{0};
 };
 
+// A per-object lifetime notifier: an observer object attached to one interned
+// handle for as long as that handle is interned. It refers to the handle
+// without owning it (an owning reference would keep the handle interned).
+class QORBGP_EXPORT DedupHandleLifeTimeNotifier : public Kiv::PtrInterface {
+ public:
+   KIV_POINTER_TYPES(DedupHandleLifeTimeNotifier);
+
+   DedupHandle const* dedupHandle() const noexcept { return handle_; }
+
+ protected:
+   explicit DedupHandleLifeTimeNotifier(DedupHandle const* handle) noexcept : handle_(handle) {}
+   ~DedupHandleLifeTimeNotifier() override;
+
+ private:
+   DedupHandle const* const handle_;
+};
+
 } // namespace Zup
 
 namespace KivHoard {

@@ -93,6 +93,7 @@ class NotifyingMap : detail::NotifyingBase<N, typename Map::key_type, OnChange> 
  public:
    using Key = typename Map::key_type;
    using Value = typename Map::mapped_type;
+   using const_iterator = typename Map::const_iterator;
 
    explicit NotifyingMap(Notifier const& owner)
        : detail::NotifyingBase<N, Key, OnChange>(owner) {}
@@ -119,7 +120,7 @@ class NotifyingMap : detail::NotifyingBase<N, typename Map::key_type, OnChange> 
          return false;
       }
       Key const removed = it->first;
-      Value dropped = std::move(it->second); // released after the notification
+      [[maybe_unused]] Value dropped = std::move(it->second); // released after the notification
       entries_.erase(it);
       this->changed(removed);
       return true;

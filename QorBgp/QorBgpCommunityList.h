@@ -1,0 +1,15 @@
+// The community lists of one path, and their interning tables: standard
+// (CommList), large (LargeCommList) and extended (ExtCommList) lists. Include
+// this header to use any of them.
+//
+//   auto table = commListDedupTableFactory();
+//   CommList::Ptr list = commListFactory();
+//   list->commIs(communityNoExport);
+//   CommList::PtrConst shared = list->dedup(table.get());   // continue with this
+#pragma once
+
+#include "QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgp/QorBgpCommunityListLarge.h"
+#include "QorBgp/QorBgpCommunityListStandard.h"
+
+// Extended community lists: #include "QorBgp/QorBgpCommunityListExt.h" belongs here.

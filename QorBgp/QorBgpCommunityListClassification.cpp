@@ -1,0 +1,141 @@
+#include "QorBgp/QorBgpCommunityListClassification.h"
+
+#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "platform/Errors.h"
+
+namespace Routing::Bgp {
+
+ExtCommClassificationList::ExtCommClassificationList(ExtCommClassification classification)
+    : classification_(classification) {}
+
+ExtCommClassificationList::~ExtCommClassificationList() = default;
+
+std::string_view ExtCommClassificationList::fwkType() const noexcept {
+   return "Routing::Bgp::ExtCommClassificationList";
+}
+
+void ExtCommClassificationList::commIs(ExtComm::PtrConst const& comm) {
+   ExtCommVectorAdd(comm, comms_);
+   checkPrunable(comm);
+}
+
+ExtComm::PtrConst ExtCommClassificationList::comm(U64 const& community) const {
+   return ExtCommVectorLookup(commVectorSorted(), comms_, community);
+}
+
+U32 ExtCommClassificationList::hash() const noexcept {
+   QOR_ASSERT(commVectorSorted());
+   return ExtCommIdentityHash(comms_);
+}
+
+bool ExtCommClassificationList::compare(Zup::DedupHandle const* other) const noexcept {
+   QOR_ASSERT(commVectorSorted());
+   return comms_ == static_cast<ExtCommClassificationList const*>(other)->comms_;
+}
+
+bool ExtCommClassificationList::compareByContent(Zup::DedupContentHandle const&) const noexcept {
+   return false;
+}
+
+ExtCommClassificationList::PtrConst
+ExtCommClassificationList::dedup(ExtCommListDedupTable const* table) {
+   ExtCommVectorSort(comms_);
+   commVectorSortedIs(true);
+   Zup::DedupHashTable& target = classification_ == extCommClassificationRouteTarget
+                                    ? *table->rtExtCommClassificationListDedupTable()
+                                    : *table->extCommClassificationListDedupTable();
+   return target.dedupAs<ExtCommClassificationList>(PtrConst(this));
+}
+
+void ExtCommClassificationList::checkPrunable(ExtComm::PtrConst const& comm) {
+   if (!comm->isValid()) {
+      hasPrunableValuesIs();
+   }
+}
+
+ExtCommVector ExtCommClassificationList::prune() const {
+   ExtCommVector kept;
+   for (ExtComm::PtrConst const& comm : comms_) {
+      if (comm->isValid()) {
+         kept.push_back(comm);
+      }
+   }
+   return kept;
+}
+
+Kiv::Ptr<ExtCommClassificationListSnapshot> ExtCommClassificationList::commSnapshot() const {
+   auto snapshot = Kiv::newNotifying<ExtCommClassificationListSnapshot>(classification_);
+   for (ExtComm::PtrConst const& comm : comms_) {
+      snapshot->commIs(comm);
+   }
+   return snapshot;
+}
+
+RtExtCommClassificationList::RtExtCommClassificationList(ExtCommClassification classification)
+    : ExtCommClassificationList(classification) {}
+
+RtExtCommClassificationList::~RtExtCommClassificationList() = default;
+
+std::string_view RtExtCommClassificationList::fwkType() const noexcept {
+   return "Routing::Bgp::RtExtCommClassificationList";
+}
+
+void RtExtCommClassificationList::lifeTimeNotifierIs(
+   Kiv::Ptr<RtExtCommListLifeTimeNotifier> const& notifier) const {
+   lifeTimeNotifier_ = notifier;
+}
+
+Kiv::Ptr<RtExtCommListLifeTimeNotifier> const&
+RtExtCommClassificationList::lifeTimeNotifier() const noexcept {
+   return lifeTimeNotifier_;
+}
+
+LinkBandwidthExtCommClassificationList::LinkBandwidthExtCommClassificationList()
+    : ExtCommClassificationList(extCommClassificationLinkBandwidth) {}
+
+LinkBandwidthExtCommClassificationList::~LinkBandwidthExtCommClassificationList() = default;
+
+std::string_view LinkBandwidthExtCommClassificationList::fwkType() const noexcept {
+   return "Routing::Bgp::LinkBandwidthExtCommClassificationList";
+}
+
+void LinkBandwidthExtCommClassificationList::checkPrunable(ExtComm::PtrConst const& comm) {
+   if (!comm->isValid()) {
+      hasPrunableValuesIs();
+      return;
+   }
+   // Only a strictly better one replaces the best: ties keep the first.
+   if (!best_ || comm->isBetterThan(best_)) {
+      best_ = comm;
+   }
+   if (comms() > 1) {
+      hasPrunableValuesIs();
+   }
+}
+
+ExtCommVector LinkBandwidthExtCommClassificationList::prune() const {
+   return best_ ? ExtCommVector{best_} : ExtCommVector{};
+}
+
+ExtCommClassificationList::Ptr
+extCommClassificationListFactory(ExtCommClassification classification) {
+   return Kiv::newNotifying<ExtCommClassificationList>(classification);
+}
+
+RtExtCommClassificationList::Ptr
+rtExtCommClassificationListFactory(ExtCommClassification classification) {
+   return Kiv::newNotifying<RtExtCommClassificationList>(classification);
+}
+
+LinkBandwidthExtCommClassificationList::Ptr linkBandwidthExtCommClassificationListFactory() {
+   return Kiv::newNotifying<LinkBandwidthExtCommClassificationList>();
+}
+
+void ExtCommClassificationListSnapshot::commIs(ExtComm::PtrConst const& comm) {
+   if (!comm) {
+      throw Kiv::NullArgumentError("ExtCommClassificationListSnapshot::commIs: null comm");
+   }
+   comm_.set(comm->community(), comm);
+}
+
+} // namespace Routing::Bgp

@@ -1,0 +1,177 @@
+// Classification lists: the communities of one ExtCommClassification taken
+// out of an extended community list, each interned on its own so that the
+// same set of route targets (or colours, link bandwidths, ...) is one shared
+// object across all the lists that carry it.
+//
+//   ExtCommClassificationList     plain: prunable when it holds an invalid value
+//   RtExtCommClassificationList   route targets; carries a lifetime notifier
+//                                 while interned (see QorBgpCommunityListExtDedupTable.h)
+//   LinkBandwidthExtCommClassificationList
+//                                 tracks the best link bandwidth; prunable when
+//                                 it holds more than one or an invalid one
+//
+// Lists are filled by their ExtCommList while it builds, then sorted and
+// interned (dedup); interned lists are read-only and compared by the identity
+// of their elements. Snapshots (at the end) are the opposite: mutable,
+// keyed, notifying copies for consumers that react entry by entry.
+#pragma once
+
+#include "QorBgp/QorBgpCommunity.h"
+#include "QorBgp/QorBgpCommunityListExtVector.h"
+#include "platform/BitSetValue.h"
+#include "platform/NotifyingCollections.h"
+
+#include <vector>
+
+namespace Routing::Bgp {
+
+class ExtCommListDedupTable;
+class RtExtCommListLifeTimeNotifier;
+class ExtCommClassificationListSnapshot;
+
+using ExtCommVector = std::vector<ExtComm::PtrConst>;
+
+struct ExtCommClassificationListAttrsLayout {
+   static constexpr std::string_view typeName =
+      "Routing::Bgp::ExtCommClassificationList::CommVectorAttrs";
+   static constexpr Kiv::FlagField fields[] = {{"sorted", 1}, {"hasPrunableValues", 2}};
+};
+
+class QORBGP_EXPORT ExtCommClassificationList : public Zup::DedupHandle {
+ public:
+   KIV_POINTER_TYPES(ExtCommClassificationList);
+
+   class CommVectorAttrs : public Kiv::BitSetValue<ExtCommClassificationListAttrsLayout> {
+    public:
+      static constexpr U32 sortedBit = 1;
+      static constexpr U32 hasPrunableValuesBit = 2;
+      using BitSetValue::BitSetValue;
+      CommVectorAttrs(BitSetValue b) noexcept : BitSetValue(b) {}
+      bool sorted() const noexcept { return has(sortedBit); }
+      bool hasPrunableValues() const noexcept { return has(hasPrunableValuesBit); }
+   };
+
+   explicit ExtCommClassificationList(ExtCommClassification classification);
+   ~ExtCommClassificationList() override;
+   virtual std::string_view fwkType() const noexcept;
+
+   ExtCommClassification classification() const noexcept { return classification_; }
+
+   // Appends an interned value (fatal "__null != comm" or the interned check
+   // otherwise), then checkPrunable(comm).
+   void commIs(ExtComm::PtrConst const& comm);
+   // The value with that content word, or null. Requires a sorted list.
+   ExtComm::PtrConst comm(U64 const& community) const;
+   U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
+   ExtCommVector const* commVectorRawPtr() const noexcept { return &comms_; }
+
+   CommVectorAttrs commVectorAttrs() const noexcept { return attrs_; }
+   bool commVectorSorted() const noexcept { return attrs_.sorted(); }
+   void commVectorSortedIs(bool sorted) noexcept { attrs_.bitIs(CommVectorAttrs::sortedBit, sorted); }
+   bool hasPrunableValues() const noexcept { return attrs_.hasPrunableValues(); }
+
+   // Jenkins one-at-a-time over the addresses of the (interned) values.
+   U32 hash() const noexcept override;
+   // The very same values in the same order. Both must be sorted.
+   bool compare(Zup::DedupHandle const* other) const noexcept override;
+   // Lists are interned by identity of their values, never looked up by content.
+   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
+
+   // Sorts and interns this list in `table` (route targets in its route-target
+   // table) and returns the resident equal list or this one.
+   PtrConst dedup(ExtCommListDedupTable const* table);
+
+   // The values that survive pruning, in order.
+   virtual ExtCommVector prune() const;
+   // A new snapshot holding every value, notification on.
+   Kiv::Ptr<ExtCommClassificationListSnapshot> commSnapshot() const;
+
+ protected:
+   // Marks the list prunable when `comm` (just appended) calls for it.
+   virtual void checkPrunable(ExtComm::PtrConst const& comm);
+   void hasPrunableValuesIs() noexcept { attrs_.bitIs(CommVectorAttrs::hasPrunableValuesBit, true); }
+   ExtCommVector const& commVector() const noexcept { return comms_; }
+
+ private:
+   ExtCommClassification const classification_;
+   ExtCommVector comms_;
+   CommVectorAttrs attrs_;
+};
+
+class QORBGP_EXPORT RtExtCommClassificationList final : public ExtCommClassificationList {
+ public:
+   KIV_POINTER_TYPES(RtExtCommClassificationList);
+
+   explicit RtExtCommClassificationList(
+      ExtCommClassification classification = extCommClassificationRouteTarget);
+   ~RtExtCommClassificationList() override;
+   std::string_view fwkType() const noexcept override;
+
+   // The notifier exists exactly while the list is interned; the route-target
+   // table's notifiee sets and clears it (on an interned, otherwise read-only list).
+   void lifeTimeNotifierIs(Kiv::Ptr<RtExtCommListLifeTimeNotifier> const& notifier) const;
+   Kiv::Ptr<RtExtCommListLifeTimeNotifier> const& lifeTimeNotifier() const noexcept;
+   Kiv::Ptr<RtExtCommListLifeTimeNotifier> const& getLifeTimeNotifier() const noexcept {
+      return lifeTimeNotifier();
+   }
+
+ private:
+   mutable Kiv::Ptr<RtExtCommListLifeTimeNotifier> lifeTimeNotifier_;
+};
+
+class QORBGP_EXPORT LinkBandwidthExtCommClassificationList final : public ExtCommClassificationList {
+ public:
+   KIV_POINTER_TYPES(LinkBandwidthExtCommClassificationList);
+
+   LinkBandwidthExtCommClassificationList();
+   ~LinkBandwidthExtCommClassificationList() override;
+   std::string_view fwkType() const noexcept override;
+
+   // The best valid link bandwidth seen (the first of equally good ones), or null.
+   ExtComm::PtrConst const& best() const noexcept { return best_; }
+   // Only the best one (nothing when there is none).
+   ExtCommVector prune() const override;
+
+ protected:
+   void checkPrunable(ExtComm::PtrConst const& comm) override;
+
+ private:
+   ExtComm::PtrConst best_;
+};
+
+// New lists with notification on.
+QORBGP_EXPORT ExtCommClassificationList::Ptr
+extCommClassificationListFactory(ExtCommClassification classification);
+QORBGP_EXPORT RtExtCommClassificationList::Ptr
+rtExtCommClassificationListFactory(ExtCommClassification classification);
+QORBGP_EXPORT LinkBandwidthExtCommClassificationList::Ptr
+linkBandwidthExtCommClassificationListFactory();
+
+// A notifying copy of a classification list, keyed by content word.
+class QORBGP_EXPORT ExtCommClassificationListSnapshot : public Kiv::Notifier {
+ public:
+   KIV_POINTER_TYPES(ExtCommClassificationListSnapshot);
+
+   class Notifiee : public Kiv::Notifiee {
+    public:
+      virtual void onComm(U64 const&) {}
+   };
+   using CommMap = Kiv::NotifyingOrderedMap<U64, ExtComm::PtrConst, Notifiee, &Notifiee::onComm>;
+
+   explicit ExtCommClassificationListSnapshot(ExtCommClassification classification) noexcept
+       : classification_(classification) {}
+   ExtCommClassification classification() const noexcept { return classification_; }
+
+   // Kiv::NullArgumentError for a null value.
+   void commIs(ExtComm::PtrConst const& comm);
+   void commDel(U64 community) { comm_.erase(community); }
+   void commDel(CommMap::const_iterator it) { comm_.erase(it->first); }
+   void commDelAll() { comm_.clear(); }
+   CommMap const& comm() const noexcept { return comm_; }
+
+ private:
+   ExtCommClassification const classification_;
+   CommMap comm_{*this};
+};
+
+} // namespace Routing::Bgp

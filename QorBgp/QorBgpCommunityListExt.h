@@ -1,0 +1,203 @@
+// ExtCommList: the interned list of extended communities of one path (the
+// EXTENDED COMMUNITIES attribute).
+//
+// Two levels: a vector of interned ExtComm values, ascending by content word
+// without duplicates, and beside it one interned classification list per
+// classification present, indexed by ExtCommClassification. A list's identity
+// in its table is that vector of classification lists, so lists with the same
+// route targets share one route-target classification list object. Summary
+// flags and a transitive count let export and policy paths decide without
+// walking the values.
+//
+//   ExtCommList::Ptr list = extCommListFactory();
+//   list->commIs(ExtComm::dedupContent(valueTable.get(), content));   // any order
+//   ExtCommList::PtrConst shared = list->dedup(listTable.get());      // continue with this
+//   std::string attribute = shared->serialize(ExtCommList::serialization(false, true, false));
+//
+// Built by one owner, then read-only and shareable between threads.
+#pragma once
+
+#include "QorBgp/QorBgpCommunityListClassification.h"
+
+#include <string>
+
+namespace Routing::Bgp {
+
+class ExtCommListSnapshot;
+
+struct ExtCommListAttrsLayout {
+   static constexpr std::string_view typeName = "Routing::Bgp::ExtCommList::CommVectorAttrs";
+   static constexpr Kiv::FlagField fields[] = {
+      {"sorted", 1},
+      {"hasLinkBandwidth", 2},
+      {"hasLinkBandwidthWithUnspecifiedAsNumber", 4},
+      {"hasOriginValidationState", 8},
+      {"hasPolicyMatchStrepUICommunities", 16},
+      {"hasPrunableValues", 32},
+   };
+};
+
+struct ExtCommListSerializationLayout {
+   static constexpr std::string_view typeName = "Routing::Bgp::ExtCommList::Serialization";
+   static constexpr Kiv::FlagField fields[] = {
+      {"all", 1}, {"transitive", 2}, {"linkBandwidth", 4}, {"originAsValidity", 8}};
+};
+
+class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
+ public:
+   KIV_POINTER_TYPES(ExtCommList);
+
+   class CommVectorAttrs : public Kiv::BitSetValue<ExtCommListAttrsLayout> {
+    public:
+      static constexpr U32 sortedBit = 1;
+      static constexpr U32 hasLinkBandwidthBit = 2;
+      static constexpr U32 hasLinkBandwidthWithUnspecifiedAsNumberBit = 4;
+      static constexpr U32 hasOriginValidationStateBit = 8;
+      static constexpr U32 hasPolicyMatchStrepUICommunitiesBit = 16;
+      static constexpr U32 hasPrunableValuesBit = 32;
+      using BitSetValue::BitSetValue;
+      CommVectorAttrs(BitSetValue b) noexcept : BitSetValue(b) {}
+   };
+
+   // Which values serialize() writes.
+   class Serialization : public Kiv::BitSetValue<ExtCommListSerializationLayout> {
+    public:
+      static constexpr U32 allBit = 1;
+      static constexpr U32 transitiveBit = 2;
+      static constexpr U32 linkBandwidthBit = 4;
+      static constexpr U32 originAsValidityBit = 8;
+      using BitSetValue::BitSetValue;
+      Serialization(BitSetValue b) noexcept : BitSetValue(b) {}
+      bool all() const noexcept { return has(allBit); }
+      bool transitive() const noexcept { return has(transitiveBit); }
+      bool linkBandwidth() const noexcept { return has(linkBandwidthBit); }
+      bool originAsValidity() const noexcept { return has(originAsValidityBit); }
+   };
+
+   using ClassificationListVector = std::vector<ExtCommClassificationList::PtrConst>;
+
+   ExtCommList();
+   ~ExtCommList() override;
+   virtual std::string_view fwkType() const noexcept;
+
+   // Building (before dedup).
+   void expectedCommunityCountIs(U32 communityCount) { comms_.reserve(communityCount); }
+   void commIs(ExtComm::PtrConst const& comm) { ExtCommVectorAdd(comm, comms_); }
+   void append(PtrConst const& otherExtCommList);
+   void appendVector(ExtCommVector const& comms);
+   void appendClassificationList(ExtCommClassificationList::PtrConst const& otherClassificationList);
+   void sortComms();
+   // Sorts, then fills one classification list per classification present.
+   // dedupMode: the lists are new and will be interned, and the transitive
+   // count and UI-policy flag are computed; otherwise the lists are marked
+   // local (never to be interned), as for snapshots and scratch lists.
+   void createClassificationListVector(bool dedupMode);
+   // Classifies, interns the classification lists, then this list. The
+   // caller continues with the result. The list must never have been interned.
+   PtrConst dedup(ExtCommListDedupTable const* table);
+
+   // Reading.
+   ExtComm::PtrConst comm(U64 const& community) const;
+   ExtComm::PtrConst lookupExtComm(U64 const& community) const { return comm(community); }
+   U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
+   bool empty() const noexcept { return comms_.empty(); }
+   // The same count, for a sorted list only.
+   U32 totalCommunities() const noexcept;
+   U32 totalTransitiveCommunities() const noexcept { return totalTransitiveCommunities_; }
+   ExtCommVector const* commVectorRawPtr() const noexcept { return &comms_; }
+   ClassificationListVector const& classificationLists() const noexcept { return classificationLists_; }
+   // The classification list of `classification`, or null. The list must be
+   // interned.
+   ExtCommClassificationList::PtrConst classificationList(ExtCommClassification classification) const;
+
+   CommVectorAttrs commVectorAttrs() const noexcept { return attrs_; }
+   bool commVectorSorted() const noexcept { return attrs_.has(CommVectorAttrs::sortedBit); }
+   void commVectorSortedIs(bool sorted) noexcept { attrs_.bitIs(CommVectorAttrs::sortedBit, sorted); }
+   bool hasLinkBandwidth() const noexcept { return attrs_.has(CommVectorAttrs::hasLinkBandwidthBit); }
+   bool hasLinkBandwidthWithUnspecifiedAsNumber() const noexcept {
+      return attrs_.has(CommVectorAttrs::hasLinkBandwidthWithUnspecifiedAsNumberBit);
+   }
+   bool hasOriginValidationState() const noexcept {
+      return attrs_.has(CommVectorAttrs::hasOriginValidationStateBit);
+   }
+   bool hasPolicyMatchStrepUICommunities() const noexcept {
+      return attrs_.has(CommVectorAttrs::hasPolicyMatchStrepUICommunitiesBit);
+   }
+   bool hasPrunableValues() const noexcept { return attrs_.has(CommVectorAttrs::hasPrunableValuesBit); }
+
+   // Jenkins one-at-a-time over the addresses of the interned classification lists.
+   U32 hash() const noexcept override;
+   // The very same classification lists at every index.
+   bool compare(Zup::DedupHandle const* otherExtCommList) const noexcept override;
+   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
+
+   // Wire output.
+   static Serialization serialization(bool includeNonTransitive, bool includeLinkBandwidth,
+                                      bool includeOriginAsValidity) noexcept;
+   static bool serializable(ExtComm::PtrConst const& comm, Serialization s) noexcept;
+   // How many values the attribute header announces for `s`. NOTE: at most
+   // one link bandwidth and one origin validation state are counted, assumed
+   // non-transitive; lists are pruned before export, so this holds for them.
+   U32 serializableCommunities(Serialization s) const noexcept;
+   // The EXTENDED COMMUNITIES attribute (type 16, flags 0xC0) holding the
+   // selected values in order; empty when nothing is selected.
+   std::string serialize(Serialization s) const;
+
+   // This list when nothing is prunable; else the interned list of what
+   // survives pruning, or null when nothing does. The list must be interned.
+   PtrConst prune(ExtCommListDedupTable const* table) const;
+
+   // A new snapshot: every classification list, then every value.
+   Kiv::Ptr<ExtCommListSnapshot> commSnapshot() const;
+   Kiv::Ptr<ExtCommListSnapshot> snapshot() const { return commSnapshot(); }
+
+ private:
+   ExtCommVector comms_;
+   ClassificationListVector classificationLists_;
+   CommVectorAttrs attrs_;
+   U32 totalTransitiveCommunities_ = 0;
+};
+
+// A new, empty list in its building state.
+QORBGP_EXPORT ExtCommList::Ptr extCommListFactory();
+QORBGP_EXPORT ExtCommList::Ptr ExtCommListIs();
+
+// A notifying copy of an extended community list: its classification lists
+// by classification and its values by content word.
+class QORBGP_EXPORT ExtCommListSnapshot : public Kiv::Notifier {
+ public:
+   KIV_POINTER_TYPES(ExtCommListSnapshot);
+
+   class Notifiee : public Kiv::Notifiee {
+    public:
+      virtual void onClassificationList(ExtCommClassification const&) {}
+      virtual void onComm(U64 const&) {}
+   };
+   using ClassificationListMap =
+      Kiv::NotifyingOrderedMap<ExtCommClassification, ExtCommClassificationList::PtrConst, Notifiee,
+                               &Notifiee::onClassificationList>;
+   using CommMap = Kiv::NotifyingOrderedMap<U64, ExtComm::PtrConst, Notifiee, &Notifiee::onComm>;
+
+   // Kiv::NullArgumentError for a null argument.
+   void classificationListIs(ExtCommClassificationList::PtrConst const& list);
+   void commIs(ExtComm::PtrConst const& comm);
+   void classificationListDel(ExtCommClassification classification) {
+      classificationList_.erase(classification);
+   }
+   void classificationListDel(ClassificationListMap::const_iterator it) {
+      classificationList_.erase(it->first);
+   }
+   void commDel(U64 const& community) { comm_.erase(community); }
+   void commDel(CommMap::const_iterator it) { comm_.erase(it->first); }
+   void classificationListDelAll() { classificationList_.clear(); }
+   void commDelAll() { comm_.clear(); }
+
+   ClassificationListMap const& classificationList() const noexcept { return classificationList_; }
+   CommMap const& comm() const noexcept { return comm_; }
+
+ private:
+   ClassificationListMap classificationList_{*this};
+   CommMap comm_{*this};
+};
+
+} // namespace Routing::Bgp

@@ -1,0 +1,124 @@
+#include "QorBgp/QorBgpCommunityListLarge.h"
+
+#include "QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgp/QorBgpCommunityListVector.h"
+#include "QorBgp/QorBgpSerialize.h"
+#include "platform/PosixRegex.h"
+
+namespace Routing::Bgp {
+
+namespace {
+
+// Inline size of the policy text; about 15 communities fit before the heap.
+constexpr std::size_t policyTextInlineCapacity = 512;
+// The smallest global administrator that asdot writes in two halves.
+constexpr U32 asdotMin = 65536;
+
+} // namespace
+
+std::size_t LargeCommunityFormatter::format(Kiv::DynamicBufferInterface& buffer,
+                                            Acl::CommunityValue const& value, bool asdot) {
+   std::size_t const before = buffer.size();
+   if (asdot && value.globalAdmin >= asdotMin) {
+      buffer.appendDecimal(value.globalAdmin >> 16);
+      buffer.append('.');
+      buffer.appendDecimal(value.globalAdmin & 0xFFFF);
+   } else {
+      buffer.appendDecimal(value.globalAdmin);
+   }
+   buffer.append(':');
+   buffer.appendDecimal(value.localData1);
+   buffer.append(':');
+   buffer.appendDecimal(value.localData2);
+   return buffer.size() - before;
+}
+
+LargeCommList::LargeCommList() noexcept = default;
+
+LargeCommList::~LargeCommList() = default;
+
+void LargeCommList::commIs(Acl::CommunityValue const& value) {
+   QOR_ASSERT(!commVectorSorted());
+   detail::commVectorAppend(commVector_, value);
+}
+
+LargeCommList::PtrConst LargeCommList::dedup(LargeCommListDedupTable const* table) {
+   if (!commVectorSorted_) {
+      detail::commVectorNormalize(commVector_);
+      commVectorSorted_ = true;
+   }
+   U32 hash = 0;
+   for (Acl::CommunityValue const& value : commVector_) {
+      hash = detail::jenkinsAddU32(hash, value.globalAdmin);
+      hash = detail::jenkinsAddU32(hash, value.localData1);
+      hash = detail::jenkinsAddU32(hash, value.localData2);
+   }
+   hash_ = Kiv::jenkinsFinish(hash);
+   return table->dedupAs<LargeCommList>(PtrConst(this));
+}
+
+bool LargeCommList::comm(Acl::CommunityValue const& value) const noexcept {
+   QOR_ASSERT(commVectorSorted());
+   return detail::commVectorHas(commVector_, value);
+}
+
+U32 LargeCommList::hash() const noexcept {
+   QOR_ASSERT(commVectorSorted());
+   return hash_;
+}
+
+bool LargeCommList::compare(Zup::DedupHandle const* other) const noexcept {
+   QOR_ASSERT(commVectorSorted());
+   return static_cast<LargeCommList const*>(other)->commVector_ == commVector_;
+}
+
+bool LargeCommList::compareByContent(Zup::DedupContentHandle const&) const noexcept {
+   return false;
+}
+
+std::string LargeCommList::serialize() const {
+   QOR_ASSERT(commVectorSorted());
+   SerializePathAttribute out(largeCommunity, optionalTransitive, 12 * comms());
+   for (Acl::CommunityValue const& value : commVector_) {
+      out.addU32hton(value.globalAdmin);
+      out.addU32hton(value.localData1);
+      out.addU32hton(value.localData2);
+   }
+   return out.serializedString();
+}
+
+RouteMap::CommListSnapshot::Ptr LargeCommList::commSnapshot() const {
+   QOR_ASSERT(commVectorSorted());
+   auto snapshot = Kiv::newNotifying<RouteMap::CommListSnapshot>();
+   for (Acl::CommunityValue const& value : commVector_) {
+      snapshot->commIs(value, true);
+   }
+   return snapshot;
+}
+
+bool LargeCommList::matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const {
+   QOR_ASSERT(commVectorSorted());
+   Kiv::DynamicBuffer<policyTextInlineCapacity> text;
+   for (std::size_t i = 0; i < commVector_.size(); ++i) {
+      if (i != 0) {
+         text.append(' ');
+      }
+      LargeCommunityFormatter::format(text, commVector_[i], false);
+   }
+   text.append('\0');
+   return regex->execute(text.data()) == 0;
+}
+
+std::string LargeCommList::getStringValue(Acl::CommunityValue const& value) {
+   return displayString(value, false);
+}
+
+std::string LargeCommList::displayString(Acl::CommunityValue const& value, bool asdot) {
+   Kiv::DynamicBuffer<LargeCommunityFormatter::maxSize> text;
+   LargeCommunityFormatter::format(text, value, asdot);
+   return text.str();
+}
+
+LargeCommList::Ptr largeCommListFactory() { return Kiv::newNotifying<LargeCommList>(); }
+
+} // namespace Routing::Bgp

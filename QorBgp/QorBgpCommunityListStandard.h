@@ -1,0 +1,211 @@
+// The standard community list (RFC 1997): the interned list of 32-bit
+// communities that one path carries in its COMMUNITIES attribute, the names
+// of the well-known communities, the LLGR feature toggle that governs two of
+// those names, and CommListSnapshot, an observed per-entry copy of a list.
+#pragma once
+
+#include "platform/Dedup.h"
+#include "platform/Enum.h"
+#include "platform/Export.h"
+#include "platform/Notifier.h"
+#include "platform/NotifyingCollections.h"
+#include "platform/Ptr.h"
+#include "platform/Types.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Routing::RouteMap {
+class PosixRegex;
+}
+
+namespace Routing::Bgp {
+
+class CommListDedupTable;
+
+// The well-known communities. Value 0 and the graceful-shutdown value are
+// named too, although neither is an RFC 1997 well-known community.
+#define QORBGP_BGP_COMMUNITY_VALUE_MEMBERS(X)                                            \
+   X(communityInternet, 0x00000000u)                                                     \
+   X(communityGshut, 0xFFFF0000u)                                                        \
+   X(communityLlgrStale, 0xFFFF0006u)                                                    \
+   X(communityNoLlgr, 0xFFFF0007u)                                                       \
+   X(communityNoExport, 0xFFFFFF01u)                                                     \
+   X(communityNoAdvertise, 0xFFFFFF02u)                                                  \
+   X(communityNoExportSubconfed, 0xFFFFFF03u)
+
+enum QORBGP_EXPORT BgpCommunityValue : U32 {
+   QORBGP_BGP_COMMUNITY_VALUE_MEMBERS(KIV_ENUMERATOR)
+};
+KIV_ENUM_GLUE(BgpCommunityValue);
+
+// Whether the long-lived graceful restart communities (llgr-stale, no-llgr)
+// have names: the toggle "QorBgpLlgr" of Kiv::featureToggleFile(), on by
+// default. Read on first use, by one thread however many ask at once, and
+// kept for the life of the process.
+QORBGP_EXPORT bool toggleQorBgpLlgrEnabled();
+// Forgets the value read, so that the next toggleQorBgpLlgrEnabled() reads
+// the toggle file again. Tests only; not to race with readers.
+QORBGP_EXPORT void toggleQorBgpLlgrEnabledResetForTest();
+
+// A mutable, observed copy of a standard community list: an ordered map from
+// community to a bool, ascending by community. Every insertion, change of
+// value and removal calls onComm(community) on the notifiees, after the
+// change, while notification is on; an operation that changes nothing calls
+// nobody.
+//
+// Owned through Ptr by one consumer; not thread-safe (see Notifier.h for what
+// a callback may do).
+//
+//   CommListSnapshot::Ptr snapshot = list->commSnapshot();   // every community, true
+//   snapshot->commDel(communityNoExport);                     // onComm(0xFFFFFF01)
+class QORBGP_EXPORT CommListSnapshot : public Kiv::Notifier {
+ public:
+   KIV_POINTER_TYPES(CommListSnapshot);
+
+   class QORBGP_EXPORT Notifiee : public Kiv::Notifiee {
+    public:
+      ~Notifiee() override;
+      // `community` was inserted, given a new value or removed.
+      virtual void onComm(U32 const& community);
+   };
+
+   using CommIterator = std::map<U32, bool>::const_iterator;
+
+   CommListSnapshot();
+   ~CommListSnapshot() override;
+
+   // Inserts `community`, or gives its entry the new value.
+   void commIs(U32 community, bool value) { comm_.set(community, value); }
+   // Removes the entry; false when there was none.
+   bool commDel(U32 community) { return comm_.erase(community); }
+   // Removes the entry at `entry`, which must be a valid, dereferenceable iterator.
+   void commDel(CommIterator entry) { comm_.erase(entry->first); }
+   // Removes every entry, each removal notifying.
+   void commDelAll() { comm_.clear(); }
+
+   // The value of `community`; empty when it has no entry.
+   std::optional<bool> comm(U32 community) const {
+      bool const* value = comm_.find(community);
+      return value ? std::optional<bool>(*value) : std::nullopt;
+   }
+   std::size_t comms() const noexcept { return comm_.size(); }
+   // Entries in ascending order. NOTE: invalidated by a change.
+   CommIterator begin() const noexcept { return comm_.begin(); }
+   CommIterator end() const noexcept { return comm_.end(); }
+
+ private:
+   Kiv::NotifyingOrderedMap<U32, bool, Notifiee, &Notifiee::onComm> comm_{*this};
+};
+
+// The interned list of standard communities of one path.
+//
+// Two phases. Building: made by commListFactory(), filled by one owner with
+// commIs in any order, duplicates allowed. Published: dedup() sorts it,
+// drops duplicates, trims its storage and interns it in a CommListDedupTable;
+// the caller continues with the object that dedup returns (the resident equal
+// list, or this one) and drops its own. A published list is immutable,
+// shared, compared by identity and may be read from any thread; it leaves its
+// table and dies with its last outside reference. There is no way back.
+//
+// Reading a list before dedup and writing one after it are programming
+// errors: fatal assertions "commVectorSorted()" and "!commVectorSorted()".
+// Only comms(), empty() and the raw vector pointers may be used in both
+// phases.
+//
+//   CommList::Ptr list = commListFactory();
+//   list->commIs(communityNoExport);
+//   list->commIs(0x00010002);                          // 1:2
+//   CommList::PtrConst shared = list->dedup(table.get());
+//   shared->noExport();                                // true
+//   shared->serialize();                               // C0 08 08 00 01 00 02 FF FF FF 01
+class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
+ public:
+   KIV_POINTER_TYPES(CommList);
+   // Ascending without duplicates and with capacity equal to size once
+   // published; in insertion order while building.
+   using CommVector = std::vector<U32>;
+
+   CommList() noexcept;
+   ~CommList() override;
+
+   std::string_view fwkType() const noexcept { return "Routing::Bgp::CommList"; }
+
+   // Appends `value` (no order, no duplicate check). Asserts "!commVectorSorted()".
+   void commIs(U32 value);
+
+   // Publishes the list: sorts it, drops duplicates, trims the vector, caches
+   // the well-known flags and the hash, and interns it in `table`. Returns the
+   // resident equal list or this one, now interned; never null. A list sorted
+   // already (restored sorted) is only re-flagged and interned.
+   PtrConst dedup(CommListDedupTable const* table);
+
+   bool commVectorSorted() const noexcept { return commVectorSorted_; }
+
+   // Membership, by binary search. Asserts "commVectorSorted()".
+   bool comm(U32 value) const noexcept;
+   U32 comms() const noexcept { return static_cast<U32>(commVector_.size()); }
+   bool empty() const noexcept { return commVector_.empty(); }
+
+   // Whether the list holds NO_EXPORT, NO_ADVERTISE, NO_EXPORT_SUBCONFED.
+   // Each asserts "commVectorSorted()".
+   bool noExport() const noexcept;
+   bool noAdvertise() const noexcept;
+   bool noExportSubconfed() const noexcept;
+
+   // The vector itself, for code that restores or renders lists in bulk.
+   // WARNING: filling a list through the non-const pointer bypasses the phase
+   // checks and the cached flags and hash; dedup() refreshes them.
+   CommVector const* commVectorRawPtr() const noexcept { return &commVector_; }
+   CommVector* commVectorRawPtrNonConst() noexcept { return &commVector_; }
+
+   // Jenkins one-at-a-time over the communities' bytes in list order, each
+   // least significant byte first; 0 for an empty list. Cached by dedup().
+   // Asserts "commVectorSorted()".
+   U32 hash() const noexcept override;
+   // Same communities in the same order (`other` is a CommList). Asserts
+   // "commVectorSorted()".
+   bool compare(Zup::DedupHandle const* other) const noexcept override;
+   // Lists are interned by handle, never looked up by content: always false.
+   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
+
+   // The whole COMMUNITIES path attribute: flags 0xC0, type 8, a length of
+   // 4 * comms() (extended-length header above 255 bytes), then each
+   // community in network byte order, ascending. Asserts "commVectorSorted()";
+   // a list above 16383 communities (65535 value bytes) is fatal.
+   std::string serialize() const;
+
+   // A new snapshot, notification on, holding every community with value
+   // true (one insertion per community). Asserts "commVectorSorted()".
+   CommListSnapshot::Ptr commSnapshot() const;
+
+   // Route-policy match: true when `regex` (not null) matches the list's
+   // colon-form text ("1:2 65535:65281", possibly empty), or else the same
+   // text with every well-known community by its name ("1:2 no-export"); the
+   // second text is tried even when it has no name. Asserts "commVectorSorted()".
+   bool matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const;
+
+   // Colon form: AS part and local part in decimal, e.g. 0xFFFFFF01 -> "65535:65281".
+   static std::string getStringValue(U32 value);
+   // "internet", "GSHUT", "no-export", "no-advertise", "local-as" (for
+   // NO_EXPORT_SUBCONFED), and while toggleQorBgpLlgrEnabled() "llgr-stale"
+   // and "no-llgr"; "" for every other value.
+   static std::string wellKnownName(U32 value);
+
+ private:
+   CommVector commVector_;
+   U32 hash_ = 0;                  // valid while commVectorSorted_
+   bool commVectorSorted_ = false; // set once by dedup(), never cleared
+   bool noExport_ = false;         // cached by dedup()
+   bool noAdvertise_ = false;
+   bool noExportSubconfed_ = false;
+};
+
+// A new, empty list in its building phase, notification on.
+QORBGP_EXPORT CommList::Ptr commListFactory();
+
+} // namespace Routing::Bgp

@@ -1,0 +1,55 @@
+// Private helpers of the standard and large community lists: the operations
+// on their flat element vectors that both share. Not part of the public API.
+#pragma once
+
+#include "platform/Hash.h"
+#include "platform/Types.h"
+
+#include <algorithm>
+#include <new>
+#include <vector>
+
+namespace Routing::Bgp::detail {
+
+// Appends `value`; a full vector doubles its capacity (the first allocation
+// holds one element). Allocation failure propagates.
+template <class T>
+void commVectorAppend(std::vector<T>& comms, T const& value) {
+   if (comms.size() == comms.capacity()) {
+      comms.reserve(std::max<std::size_t>(1, 2 * comms.capacity()));
+   }
+   comms.push_back(value);
+}
+
+// Sorts ascending by operator<, keeps one of each run of equal elements and
+// moves the elements into an allocation of exactly their number. When that
+// allocation fails the vector keeps its larger buffer.
+template <class T>
+void commVectorNormalize(std::vector<T>& comms) noexcept {
+   std::sort(comms.begin(), comms.end());
+   comms.erase(std::unique(comms.begin(), comms.end()), comms.end());
+   if (comms.capacity() > comms.size()) {
+      try {
+         std::vector<T>(comms.begin(), comms.end()).swap(comms);
+      } catch (std::bad_alloc const&) {
+         // Keeping the spare capacity costs memory only.
+      }
+   }
+}
+
+// Membership in a vector that commVectorNormalize has sorted.
+template <class T>
+bool commVectorHas(std::vector<T> const& comms, T const& value) noexcept {
+   auto bound = std::lower_bound(comms.begin(), comms.end(), value);
+   return bound != comms.end() && !(value < *bound);
+}
+
+// Feeds the four bytes of `word` to a Jenkins one-at-a-time hash, least
+// significant first.
+constexpr U32 jenkinsAddU32(U32 hash, U32 word) noexcept {
+   U8 const bytes[4] = {static_cast<U8>(word), static_cast<U8>(word >> 8),
+                        static_cast<U8>(word >> 16), static_cast<U8>(word >> 24)};
+   return Kiv::jenkinsAdd(hash, bytes);
+}
+
+} // namespace Routing::Bgp::detail
