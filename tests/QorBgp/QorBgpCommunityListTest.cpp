@@ -15,6 +15,7 @@
 namespace Routing::Bgp {
 namespace {
 
+using Acl::CommunityValue;
 using Bytes = std::vector<U8>;
 
 std::string hex(std::string const& bytes) {
@@ -30,25 +31,35 @@ void expectBytes(std::string const& actual, Bytes const& expected) {
    EXPECT_EQ(actual, want) << "got      " << hex(actual) << "\nexpected " << hex(want);
 }
 
-CommList::PtrConst publish(CommListDedupTable const& table, std::initializer_list<U32> comms) {
-   CommList::Ptr list = commListFactory();
-   for (U32 value : comms) {
+template <class ListPtr, class Table, class Values>
+auto fillAndPublish(ListPtr list, Table const& table, Values const& comms) {
+   for (auto const& value : comms) {
       list->commIs(value);
    }
    return list->dedup(&table);
 }
 
-bool matches(CommList::PtrConst const& list, char const* pattern) {
+CommList::PtrConst publish(CommListDedupTable const& table, std::initializer_list<U32> comms) {
+   return fillAndPublish(commListFactory(), table, comms);
+}
+
+LargeCommList::PtrConst publish(LargeCommListDedupTable const& table,
+                                std::initializer_list<CommunityValue> comms) {
+   return fillAndPublish(largeCommListFactory(), table, comms);
+}
+
+template <class ListPtr>
+bool matches(ListPtr const& list, char const* pattern) {
    Routing::RouteMap::PosixRegex const regex(pattern);
    return list->matchCommunitiesRegex(&regex);
 }
 
 // Points QORBGP_TOGGLE_FILE at a file with `content` and makes the LLGR toggle
-// read it; undoes both on destruction.
+// read it again; undoes both on destruction.
 class LlgrToggleFile {
  public:
    explicit LlgrToggleFile(char const* content) {
-      std::string pattern = (std::filesystem::temp_directory_path() / "qorbgp-llgr-XXXXXX").string();
+      std::string pattern = (std::filesystem::temp_directory_path() / "qorbgp-XXXXXX").string();
       dir_ = mkdtemp(pattern.data());
       std::string const path = dir_ + "/toggles.conf";
       std::ofstream(path) << content;
@@ -68,14 +79,18 @@ class LlgrToggleFile {
 TEST(CommListDeathTest, PhaseViolationsStopWithTheirConditions) {
    auto table = commListDedupTableFactory();
    CommList::Ptr building = commListFactory();
-   building->commIs(1);
    EXPECT_DEATH(building->comm(1), "assertion failed: commVectorSorted\\(\\)");
-   EXPECT_DEATH(building->hash(), "assertion failed: commVectorSorted\\(\\)");
    CommList::PtrConst published = building->dedup(table.get());
    EXPECT_DEATH(building->commIs(2), "assertion failed: !commVectorSorted\\(\\)");
+
+   auto largeTable = largeCommListDedupTableFactory();
+   LargeCommList::Ptr large = largeCommListFactory();
+   EXPECT_DEATH(large->serialize(), "assertion failed: commVectorSorted\\(\\)");
+   LargeCommList::PtrConst largePublished = large->dedup(largeTable.get());
+   EXPECT_DEATH(large->commIs({1, 2, 3}), "assertion failed: !commVectorSorted\\(\\)");
 }
 
-TEST(CommList, DedupSortsDropsDuplicatesAndTrimsToSize) {
+TEST(CommList, DedupSortsDropsDuplicatesTrimsAndCachesFlags) {
    auto table = commListDedupTableFactory();
    CommList::Ptr list = commListFactory();
    for (U32 value : {3u, 1u, 3u, 2u, 0xFFFFFF02u}) {
@@ -83,23 +98,21 @@ TEST(CommList, DedupSortsDropsDuplicatesAndTrimsToSize) {
    }
    EXPECT_EQ(list->commVectorRawPtr()->capacity(), 8u); // doubling from one
    CommList::PtrConst published = list->dedup(table.get());
-   EXPECT_EQ(published, list);
    EXPECT_EQ(*published->commVectorRawPtr(), (std::vector<U32>{1, 2, 3, 0xFFFFFF02}));
    EXPECT_EQ(published->commVectorRawPtr()->capacity(), 4u);
-   EXPECT_EQ(published->comms(), 4u);
    EXPECT_TRUE(published->comm(3));
    EXPECT_FALSE(published->comm(4));
    EXPECT_FALSE(published->comm(0xFFFFFFFF)); // past the end
    EXPECT_FALSE(published->noExport());
    EXPECT_TRUE(published->noAdvertise());
    EXPECT_FALSE(published->noExportSubconfed());
-   EXPECT_TRUE(publish(*table, {communityNoExport, communityNoExportSubconfed})->noExport());
+   CommList::PtrConst other = publish(*table, {communityNoExport, communityNoExportSubconfed});
+   EXPECT_TRUE(other->noExport() && other->noExportSubconfed() && !other->noAdvertise());
 }
 
 TEST(CommList, EqualSetsInternToOneObjectUntilReleased) {
    auto table = commListDedupTableFactory();
    CommList::PtrConst first = publish(*table, {5, 7, 6});
-   EXPECT_TRUE(first->isDeduped());
    EXPECT_EQ(publish(*table, {7, 6, 5, 5, 7}), first);
    EXPECT_NE(publish(*table, {5, 6}), first);
    EXPECT_EQ(publish(*table, {}), publish(*table, {}));
@@ -107,38 +120,73 @@ TEST(CommList, EqualSetsInternToOneObjectUntilReleased) {
    first = nullptr;
    EXPECT_EQ(table->dedupTable()->size(), 0u);
    CommList::Ptr again = commListFactory();
-   again->commIs(5);
-   again->commIs(6);
-   again->commIs(7);
-   EXPECT_EQ(again->dedup(table.get()), again); // a new object, not a stale one
+   for (U32 value : {5u, 6u, 7u}) {
+      again->commIs(value);
+   }
+   EXPECT_EQ(again->dedup(table.get()), again); // interned itself, not a stale object
 }
 
-TEST(CommList, HashIsJenkinsOverLittleEndianWords) {
+TEST(LargeCommList, DedupOrdersByAllThreeWordsAndInternsEqualSets) {
+   auto table = largeCommListDedupTableFactory();
+   LargeCommList::PtrConst list =
+      publish(*table, {{2, 0, 0}, {1, 5, 1}, {1, 2, 9}, {1, 5, 0}, {2, 0, 0}, {1, 5, 1}});
+   EXPECT_EQ(*list->commVectorRawPtr(),
+             (std::vector<CommunityValue>{{1, 2, 9}, {1, 5, 0}, {1, 5, 1}, {2, 0, 0}}));
+   EXPECT_EQ(list->commVectorRawPtr()->capacity(), 4u);
+   EXPECT_TRUE(list->comm({1, 5, 0}));
+   EXPECT_FALSE(list->comm({1, 5, 2}));
+   EXPECT_FALSE(list->comm({3, 0, 0}));
+   EXPECT_EQ(publish(*table, {{1, 5, 1}, {2, 0, 0}, {1, 2, 9}, {1, 5, 0}}), list);
+   EXPECT_NE(publish(*table, {{1, 5, 1}, {2, 0, 0}, {1, 2, 9}}), list);
+}
+
+TEST(CommLists, HashIsJenkinsOverLittleEndianWords) {
    auto table = commListDedupTableFactory();
+   auto largeTable = largeCommListDedupTableFactory();
    EXPECT_EQ(publish(*table, {})->hash(), 0u);
+   EXPECT_EQ(publish(*largeTable, {})->hash(), 0u);
    // Bytes 02 00 01 00 01 ff ff ff through the one-at-a-time steps.
    EXPECT_EQ(publish(*table, {0xFFFFFF01, 0x00010002})->hash(), 0x320e1ea2u);
+   // Bytes 00 00 01 00, 01 00 00 00, 02 00 00 00.
+   EXPECT_EQ(publish(*largeTable, {{65536, 1, 2}})->hash(), 0x6ec43b92u);
 }
 
-TEST(CommList, SerializesTheCommunitiesAttribute) {
+// The header for `size` value bytes of attribute `type`.
+Bytes header(U8 type, U32 size) {
+   return size > 255 ? Bytes{0xD0, type, U8(size >> 8), U8(size)} : Bytes{0xC0, type, U8(size)};
+}
+
+TEST(CommLists, SerializeTheirAttributesWithTheRightLengthForm) {
    auto table = commListDedupTableFactory();
    expectBytes(publish(*table, {})->serialize(), {0xC0, 8, 0});
    expectBytes(publish(*table, {communityNoExport, 0x00010002})->serialize(),
                {0xC0, 8, 8, 0x00, 0x01, 0x00, 0x02, 0xFF, 0xFF, 0xFF, 0x01});
    for (U32 count : {63u, 64u, 65u}) {
-      SCOPED_TRACE(::testing::Message() << count << " communities");
+      SCOPED_TRACE(::testing::Message() << count << " standard communities");
       CommList::Ptr list = commListFactory();
-      Bytes expected = count * 4 > 255 ? Bytes{0xD0, 8, U8(count * 4 >> 8), U8(count * 4)}
-                                       : Bytes{0xC0, 8, U8(count * 4)};
+      Bytes expected = header(8, 4 * count);
       for (U32 i = 0; i < count; ++i) {
          list->commIs(0x01020300 + i);
          expected.insert(expected.end(), {0x01, 0x02, 0x03, U8(i)});
       }
       expectBytes(list->dedup(table.get())->serialize(), expected);
    }
+
+   auto largeTable = largeCommListDedupTableFactory();
+   expectBytes(publish(*largeTable, {})->serialize(), {0xC0, 32, 0});
+   for (U32 count : {1u, 21u, 22u}) {
+      SCOPED_TRACE(::testing::Message() << count << " large communities");
+      LargeCommList::Ptr list = largeCommListFactory();
+      Bytes expected = header(32, 12 * count);
+      for (U32 i = 0; i < count; ++i) {
+         list->commIs({0x01020304, 0x05060700 + i, 0x0A0B0C0D});
+         expected.insert(expected.end(), {1, 2, 3, 4, 5, 6, 7, U8(i), 0x0A, 0x0B, 0x0C, 0x0D});
+      }
+      expectBytes(list->dedup(largeTable.get())->serialize(), expected);
+   }
 }
 
-TEST(CommList, TextFormsAndWellKnownNames) {
+TEST(CommList, ColonFormAndWellKnownNames) {
    struct Row {
       U32 value;
       char const* colon;
@@ -163,26 +211,51 @@ TEST(CommList, TextFormsAndWellKnownNames) {
       EXPECT_EQ(CommList::getStringValue(row.value), row.colon);
       EXPECT_EQ(CommList::wellKnownName(row.value), row.name);
    }
-   EXPECT_EQ(stringValue(communityNoExportSubconfed), "communityNoExportSubconfed");
-   EXPECT_EQ(BgpCommunityValueInstance("communityGshut"), communityGshut);
 }
 
-TEST(CommList, RegexMatchesNumericTextThenNamedText) {
+TEST(LargeCommunityFormatter, PlainAndAsdotForms) {
+   struct Row {
+      CommunityValue value;
+      char const* plain;
+      char const* asdot;
+   };
+   Row const rows[] = {
+      {{100, 0, 0}, "100:0:0", "100:0:0"},
+      {{65535, 1, 2}, "65535:1:2", "65535:1:2"},
+      {{65536, 1, 2}, "65536:1:2", "1.0:1:2"},
+      {{4294967295, 4294967295, 4294967295}, "4294967295:4294967295:4294967295",
+       "65535.65535:4294967295:4294967295"},
+   };
+   for (Row const& row : rows) {
+      SCOPED_TRACE(row.plain);
+      EXPECT_EQ(LargeCommList::getStringValue(row.value), row.plain);
+      EXPECT_EQ(LargeCommList::displayString(row.value, true), row.asdot);
+      Kiv::DynamicBuffer<4> buffer; // forces growth
+      buffer.append("x ");
+      EXPECT_EQ(LargeCommunityFormatter::format(buffer, row.value, true),
+                std::string_view(row.asdot).size());
+      EXPECT_EQ(buffer.str(), std::string("x ") + row.asdot);
+   }
+}
+
+TEST(CommLists, RegexMatchesNumericTextThenNamedText) {
    LlgrToggleFile on("QorBgpLlgr=on\n");
    auto table = commListDedupTableFactory();
    CommList::PtrConst noExport = publish(*table, {communityNoExport});
    EXPECT_TRUE(matches(noExport, "no-export"));
    EXPECT_TRUE(matches(noExport, "65535:65281"));
    EXPECT_FALSE(matches(noExport, "no-advertise"));
-
    CommList::PtrConst mixed = publish(*table, {communityNoExport, communityLlgrStale, 0x00010002});
    EXPECT_TRUE(matches(mixed, "^1:2 65535:6 65535:65281$"));
    EXPECT_TRUE(matches(mixed, "^1:2 llgr-stale no-export$"));
    EXPECT_FALSE(matches(mixed, "^1:2 65535:6 no-export$")); // never half named
+   EXPECT_TRUE(matches(publish(*table, {}), "^$"));
 
-   CommList::PtrConst empty = publish(*table, {});
-   EXPECT_TRUE(matches(empty, "^$"));
-   EXPECT_FALSE(matches(empty, "."));
+   auto largeTable = largeCommListDedupTableFactory();
+   LargeCommList::PtrConst large = publish(*largeTable, {{65537, 0, 0}, {65536, 1, 2}});
+   EXPECT_TRUE(matches(large, "^65536:1:2 65537:0:0$"));
+   EXPECT_FALSE(matches(large, "1\\.0:1:2")); // never asdot
+   EXPECT_TRUE(matches(publish(*largeTable, {}), "^$"));
 }
 
 TEST(CommList, LlgrToggleOffLeavesLlgrCommunitiesUnnamed) {
@@ -201,8 +274,7 @@ TEST(CommList, LlgrToggleOffLeavesLlgrCommunitiesUnnamed) {
 struct SnapshotRecorder : CommListSnapshot::Notifiee {
    std::vector<std::string> log;
    void onComm(U32 const& community) override {
-      auto const* snapshot = static_cast<CommListSnapshot const*>(notifier());
-      auto value = snapshot->comm(community);
+      auto value = static_cast<CommListSnapshot const*>(notifier())->comm(community);
       log.push_back(std::to_string(community) + (value ? (*value ? "=1" : "=0") : " gone"));
    }
 };
@@ -214,20 +286,25 @@ TEST(CommListSnapshot, MirrorsTheListAndNotifiesRealChanges) {
    ASSERT_EQ(snapshot->comms(), 2u);
    EXPECT_EQ(snapshot->begin()->first, 3u);
    EXPECT_EQ(snapshot->comm(9), true);
-   EXPECT_EQ(snapshot->comm(4), std::nullopt);
 
    SnapshotRecorder recorder;
    recorder.notifierIs(snapshot.get());
    snapshot->commIs(9, false);
    snapshot->commIs(9, false); // unchanged: no notification
    snapshot->commIs(4, true);
-   EXPECT_EQ(snapshot->comms(), 3u);
    EXPECT_FALSE(snapshot->commDel(5));
    snapshot->commDel(snapshot->begin());
    snapshot->commDelAll();
    EXPECT_EQ(snapshot->comms(), 0u);
-   EXPECT_EQ(recorder.log,
-             (std::vector<std::string>{"9=0", "4=1", "3 gone", "4 gone", "9 gone"}));
+   EXPECT_EQ(recorder.log, (std::vector<std::string>{"9=0", "4=1", "3 gone", "4 gone", "9 gone"}));
+
+   auto largeTable = largeCommListDedupTableFactory();
+   auto large = publish(*largeTable, {{65537, 0, 0}, {65536, 1, 2}})->commSnapshot();
+   EXPECT_TRUE(large->hasNotificationActive());
+   ASSERT_EQ(large->comms(), 2u);
+   EXPECT_EQ(large->begin()->first, (CommunityValue{65536, 1, 2}));
+   EXPECT_EQ(large->comm({65537, 0, 0}), true);
+   EXPECT_EQ(large->comm({65537, 0, 1}), std::nullopt);
 }
 
 } // namespace

@@ -1,0 +1,32 @@
+#include "HeapCounter.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <malloc.h>
+#include <new>
+
+namespace {
+std::atomic<std::size_t> live{0};
+} // namespace
+
+namespace bench {
+std::size_t liveHeapBytes() noexcept { return live.load(std::memory_order_relaxed); }
+} // namespace bench
+
+void* operator new(std::size_t size) {
+   void* p = std::malloc(size ? size : 1);
+   if (!p) {
+      throw std::bad_alloc();
+   }
+   live.fetch_add(malloc_usable_size(p), std::memory_order_relaxed);
+   return p;
+}
+
+void operator delete(void* p) noexcept {
+   if (p) {
+      live.fetch_sub(malloc_usable_size(p), std::memory_order_relaxed);
+      std::free(p);
+   }
+}
+
+void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
