@@ -12,4 +12,4 @@
 #include "QorBgp/QorBgpCommunityListLarge.h"
 #include "QorBgp/QorBgpCommunityListStandard.h"
 
-// Extended community lists: #include "QorBgp/QorBgpCommunityListExt.h" belongs here.
+#include "QorBgp/QorBgpCommunityListExtDedupTable.h"

