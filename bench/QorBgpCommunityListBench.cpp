@@ -5,7 +5,7 @@
 
 #include "QorBgp/Parse/ExtComm.h"
 #include "QorBgp/QorBgpCommunityDedupTable.h"
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgp/QorBgpCommunityList.h"
 
 #include <benchmark/benchmark.h>
 
@@ -88,5 +88,59 @@ void BM_ExtCommListMemory(benchmark::State& state) {
    state.counters["bytes_per_path"] = sizeof(ExtCommList::PtrConst);
 }
 BENCHMARK(BM_ExtCommListMemory)->Arg(1)->Arg(10)->Arg(100)->Iterations(1);
+
+} // namespace
+
+namespace {
+
+// Standard lists: build, sort and intern; resident and new; heap per list.
+CommList::PtrConst standardList(CommListDedupTable const* table, U32 first, U32 size) {
+   CommList::Ptr list = commListFactory();
+   for (U32 i = size; i-- > 0;) {
+      list->commIs((65000u << 16) | ((first + i) & 0xffff));
+   }
+   return list->dedup(table);
+}
+
+void BM_CommListInternResident(benchmark::State& state) {
+   auto table = commListDedupTableFactory();
+   auto const size = static_cast<U32>(state.range(0));
+   CommList::PtrConst resident = standardList(table.get(), 0, size);
+   for (auto _ : state) {
+      benchmark::DoNotOptimize(standardList(table.get(), 0, size));
+   }
+   state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_CommListInternResident)->Arg(1)->Arg(10)->Arg(100);
+
+void BM_CommListInternNew(benchmark::State& state) {
+   auto table = commListDedupTableFactory();
+   auto const size = static_cast<U32>(state.range(0));
+   U32 first = 0;
+   for (auto _ : state) {
+      benchmark::DoNotOptimize(standardList(table.get(), first++, size));
+   }
+   state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_CommListInternNew)->Arg(1)->Arg(10)->Arg(100);
+
+void BM_CommListMemory(benchmark::State& state) {
+   auto table = commListDedupTableFactory();
+   auto const size = static_cast<U32>(state.range(0));
+   constexpr U32 lists = 1000;
+   double perList = 0;
+   for (auto _ : state) {
+      std::vector<CommList::PtrConst> held;
+      held.reserve(lists);
+      std::size_t const before = bench::liveHeapBytes();
+      for (U32 i = 0; i < lists; ++i) {
+         held.push_back(standardList(table.get(), i * size, size));
+      }
+      perList = static_cast<double>(bench::liveHeapBytes() - before) / lists;
+   }
+   state.counters["bytes_per_list"] = perList;
+   state.counters["bytes_per_path"] = sizeof(CommList::PtrConst);
+}
+BENCHMARK(BM_CommListMemory)->Arg(1)->Arg(10)->Arg(100)->Iterations(1);
 
 } // namespace
