@@ -158,6 +158,7 @@ class QORBGP_EXPORT ExtCommIp6 : public Zup::DedupHandle {
 
    ExtCommClassification classification() const noexcept { return classification_; }
    ExtCommIp6Content getContent() const noexcept { return content_; }
+   ExtCommIp6Content community() const noexcept { return content_; } // the list sort key
    // The type octet when it names a BgpExtCommIp6PktType member (0x00 or
    // 0x40), else extCommIp6PktTypeUnknown (0x100).
    BgpExtCommIp6PktType pktType() const noexcept;

@@ -83,6 +83,8 @@ class QORBGP_EXPORT ExtCommClassificationList : public Zup::DedupHandle {
 
    // The values that survive pruning, in order.
    virtual ExtCommVector prune() const;
+   // "<classification> : <value> <value>".
+   std::string toStrep() const;
    // A new snapshot holding every value, notification on.
    Kiv::Ptr<ExtCommClassificationListSnapshot> commSnapshot() const;
 

@@ -19,6 +19,7 @@
 
 #include "QorBgp/QorBgpCommunityListClassification.h"
 #include "platform/CommunityValue.h"
+#include "platform/PosixRegex.h"
 
 #include <string>
 
@@ -151,6 +152,12 @@ class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
    // "<local data 1>:<local data 2>" in decimal; the global administrator is
    // deliberately left out.
    static std::string getStringValue(Acl::CommunityValue const& value);
+
+   // "[ <value> <value> ]" (see QorBgpCommunityListFormat.h).
+   std::string toStrep() const;
+   // Route policy: the standard texts, then the classification texts, then
+   // (only for lists with such values) the UI texts; the first match wins.
+   bool matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const;
 
    // A new snapshot: every classification list, then every value.
    Kiv::Ptr<ExtCommListSnapshot> commSnapshot() const;

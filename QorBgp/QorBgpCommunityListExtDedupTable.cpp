@@ -1,5 +1,6 @@
 #include "QorBgp/QorBgpCommunityListExtDedupTable.h"
 
+#include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpTrace.h"
 #include "platform/DumpContext.h"
 
@@ -22,19 +23,9 @@ ExtComm::PtrConst RtExtCommListLifeTimeNotifier::comm(U64 const& community) cons
    return rtExtCommListRawPtr()->comm(community);
 }
 
-std::string RtExtCommListLifeTimeNotifier::toStrep() const {
-   std::string text;
-   for (ExtComm::PtrConst const& comm : *rtExtCommListRawPtr()->commVectorRawPtr()) {
-      if (!text.empty()) {
-         text += ' ';
-      }
-      text += comm->toStrep();
-   }
-   return text;
-}
-
 std::ostream& operator<<(std::ostream& os, RtExtCommListLifeTimeNotifier const* notifier) {
-   return notifier ? os << notifier->toStrep() : os << "NULL";
+   formatCommList(os, notifier);
+   return os;
 }
 
 NotifyingRtExtCommListCollection::Notifiee::~Notifiee() = default;

@@ -33,7 +33,7 @@ class QORBGP_EXPORT RtExtCommListLifeTimeNotifier : public Zup::DedupHandleLifeT
 
    RtExtCommClassificationList const* rtExtCommListRawPtr() const noexcept;
    ExtComm::PtrConst comm(U64 const& community) const;
-   // The route targets of the list, space-separated, in their diagnostic form.
+   // The text of its route-target list, "extCommClassificationRouteTarget : <rt> ...".
    std::string toStrep() const;
 };
 

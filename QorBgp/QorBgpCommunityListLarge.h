@@ -97,6 +97,8 @@ class QORBGP_EXPORT LargeCommList : public KivHoard::DedupHandle {
    // community's three words in network byte order, ascending. Asserts
    // "commVectorSorted()"; a list above 5461 communities is fatal.
    std::string serialize() const;
+   // The list's text (see QorBgpCommunityListFormat.h).
+   std::string toStrep() const;
 
    // A new route-policy snapshot, notification on, holding every community
    // with value true (one insertion per community). Asserts "commVectorSorted()".

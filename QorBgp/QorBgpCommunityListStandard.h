@@ -178,6 +178,8 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    // community in network byte order, ascending. Asserts "commVectorSorted()";
    // a list above 16383 communities (65535 value bytes) is fatal.
    std::string serialize() const;
+   // The list's text (see QorBgpCommunityListFormat.h).
+   std::string toStrep() const;
 
    // A new snapshot, notification on, holding every community with value
    // true (one insertion per community). Asserts "commVectorSorted()".

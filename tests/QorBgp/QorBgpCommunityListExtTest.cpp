@@ -222,7 +222,8 @@ TEST_F(ExtCommListTest, DumpsLabelTheThreeTables) {
              "  rtExtCommClassification\n"
              "    DedupHashTable (single-threaded): 1 entries\n"
              "NotifyingRtExtCommListCollection rtExtCommLists #1;\n"
-             "  rtExtCommList <RouteTarget2ByteASN 65000:100 0x0002fde800000064>\n");
+             "  rtExtCommList extCommClassificationRouteTarget : "
+             "<RouteTarget2ByteASN 65000:100 0x0002fde800000064>\n");
 }
 
 TEST_F(ExtCommListTest, ContractBreachesAreFatal) {

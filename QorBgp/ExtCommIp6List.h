@@ -1,0 +1,159 @@
+// ExtCommIp6List: the interned list of IPv6-address-specific extended
+// communities carried by one path (the IPv6 Address Specific Extended
+// Community attribute, type 25).
+//
+// Two levels, as for the 8-octet ExtCommList: a vector of interned
+// ExtCommIp6 values, ascending by content without duplicates, and beside it
+// one interned ExtCommIp6ClassificationList per classification present,
+// indexed by ExtCommClassification. A list's identity in its table is that
+// vector of classification lists. A transitive count lets serialize(false)
+// size the attribute without a pass.
+//
+//   ExtCommIp6List::Ptr list = extCommIp6ListFactory();
+//   list->commIs(ExtCommIp6::dedupContent(valueTable.get(), content));   // any order
+//   ExtCommIp6List::PtrConst shared = list->dedup(listTable.get());      // continue with this
+//   std::string attribute = shared->serialize(false);                    // transitive ones only
+//
+// Built by one owner, then read-only and shareable between threads.
+#pragma once
+
+#include "QorBgp/ExtCommIp6ClassificationList.h"
+#include "QorBgp/ExtCommIp6ListDedupTable.h"
+
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Routing::Bgp {
+
+class ExtCommIp6ListSnapshot;
+
+class QORBGP_EXPORT ExtCommIp6List : public KivHoard::DedupHandle {
+ public:
+   KIV_POINTER_TYPES(ExtCommIp6List);
+
+   using ClassificationListVector = std::vector<ExtCommIp6ClassificationList::PtrConst>;
+
+   ExtCommIp6List();
+   ~ExtCommIp6List() override;
+   virtual std::string_view fwkType() const noexcept;
+
+   // Building (before dedup).
+   void expectedCommunityCountIs(U32 communityCount) { comms_.reserve(communityCount); }
+   // Appends an interned value; fatal "__null != comm" for null and the
+   // interned-state condition for a value never interned. No ordering.
+   void commIs(ExtCommIp6::PtrConst const& comm);
+   // Sorts ascending by content, drops duplicates and trims the capacity.
+   void sortComms();
+   // Sorts, splits the members into classification lists, interns those and
+   // then this list; the caller continues with the result (this list or the
+   // resident equal one). Fatal "__null == ( this ) || ( this )->dedupState()
+   // == Zup::dedupHandleStateNeverDeduped()" when called a second time.
+   PtrConst dedup(ExtCommIp6ListDedupTable const* table);
+
+   // Reading.
+   // The member with `content`, or null. Fatal "commVectorSorted" on an
+   // unsorted list.
+   ExtCommIp6::PtrConst comm(ExtCommIp6Content const& content) const;
+   ExtCommIp6::PtrConst lookupExtComm(ExtCommIp6Content const& content) const {
+      return comm(content);
+   }
+   U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
+   bool empty() const noexcept { return comms_.empty(); }
+   // The same count, for a sorted list only (fatal "commVectorSorted()").
+   U32 totalCommunities() const noexcept;
+   // Members whose type octet has bit 0x40 clear.
+   U32 totalTransitiveCommunities() const noexcept { return totalTransitiveCommunities_; }
+   ExtCommIp6Vector const* commVectorRawPtr() const noexcept { return &comms_; }
+   bool commVectorSorted() const noexcept { return commVectorSorted_; }
+   // The interned classification list of `classification`; null when the
+   // list has no member of it, including classifications beyond the vector.
+   // The list must be interned (fatal "__null == ( this ) || ( this
+   // )->dedupState() != Zup::dedupHandleStateNeverDeduped()").
+   ExtCommIp6ClassificationList::PtrConst
+   classificationList(ExtCommClassification classification) const;
+
+   // Jenkins one-at-a-time over the addresses of the interned classification
+   // lists, in classification order; 0 for none.
+   U32 hash() const noexcept override;
+   // The very same classification lists at every index.
+   bool compare(Zup::DedupHandle const* otherExtCommIp6List) const noexcept override;
+   // Lists are interned by identity, never looked up by content.
+   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
+
+   // The attribute (type 25, flags 0xC0, 20 bytes per value: type, subtype,
+   // address, local administrator in network order) holding every member
+   // when `all`, else the transitive ones; the header grows to 4 bytes past
+   // 255 value bytes. Empty when nothing is selected. `all` needs a sorted
+   // list (fatal "commVectorSorted()").
+   std::string serialize(bool all) const;
+
+   // The members' policy text (address:localAdmin), each followed by one
+   // space, the last one included: "2001:db8::1:100 2001:db8::2:7 ".
+   // Empty for an empty list.
+   std::string commsStringForm() const;
+   // The stream text, "[ <m1> <m2> ]".
+   std::string toStrep() const;
+
+   // A new snapshot: every classification list, then every member.
+   Kiv::Ptr<ExtCommIp6ListSnapshot> commSnapshot() const;
+
+ private:
+   ExtCommIp6Vector comms_;
+   bool commVectorSorted_ = false;
+   ClassificationListVector classificationLists_; // null where no member has that classification
+   U32 totalTransitiveCommunities_ = 0;           // counts comms_, duplicates included until sorted
+};
+
+// A new, empty list in its building state.
+QORBGP_EXPORT ExtCommIp6List::Ptr extCommIp6ListFactory();
+
+// "[ ", the members in order in their diagnostic form separated by one space,
+// then " ]" ("[  ]" when empty); "NULL" for a null list. The stream's format
+// state is left as it was.
+QORBGP_EXPORT void formatCommList(std::ostream& os, ExtCommIp6List const* list);
+QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommIp6List const* list);
+
+// A notifying copy of an IPv6 list: its classification lists by
+// classification and its members by content. Owned by one consumer;
+// notifications run on the thread that changes it.
+class QORBGP_EXPORT ExtCommIp6ListSnapshot : public Kiv::Notifier {
+ public:
+   KIV_POINTER_TYPES(ExtCommIp6ListSnapshot);
+
+   class Notifiee : public Kiv::Notifiee {
+    public:
+      virtual void onClassificationList(ExtCommClassification const&) {}
+      virtual void onComm(ExtCommIp6Content const&) {}
+   };
+   using ClassificationListMap =
+      Kiv::NotifyingOrderedMap<ExtCommClassification, ExtCommIp6ClassificationList::PtrConst,
+                               Notifiee, &Notifiee::onClassificationList>;
+   using CommMap = Kiv::NotifyingOrderedMap<ExtCommIp6Content, ExtCommIp6::PtrConst, Notifiee,
+                                            &Notifiee::onComm>;
+
+   // Insert or replace the entry of the list's classification (the value's
+   // content). Kiv::NullArgumentError for a null argument.
+   void classificationListIs(ExtCommIp6ClassificationList::PtrConst const& list);
+   void commIs(ExtCommIp6::PtrConst const& comm);
+   void classificationListDel(ExtCommClassification classification) {
+      classificationList_.erase(classification);
+   }
+   void classificationListDel(ClassificationListMap::const_iterator it) {
+      classificationList_.erase(it->first);
+   }
+   void commDel(ExtCommIp6Content const& content) { comm_.erase(content); }
+   void commDel(CommMap::const_iterator it) { comm_.erase(it->first); }
+   void classificationListDelAll() { classificationList_.clear(); }
+   void commDelAll() { comm_.clear(); }
+
+   ClassificationListMap const& classificationList() const noexcept { return classificationList_; }
+   CommMap const& comm() const noexcept { return comm_; }
+
+ private:
+   ClassificationListMap classificationList_{*this};
+   CommMap comm_{*this};
+};
+
+} // namespace Routing::Bgp

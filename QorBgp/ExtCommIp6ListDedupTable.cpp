@@ -1,0 +1,32 @@
+#include "QorBgp/ExtCommIp6ListDedupTable.h"
+
+#include "platform/DumpContext.h"
+
+namespace Routing::Bgp {
+
+ExtCommIp6ListDedupTable::ExtCommIp6ListDedupTable() { handleInitialized(); }
+
+ExtCommIp6ListDedupTable::~ExtCommIp6ListDedupTable() = default;
+
+std::string_view ExtCommIp6ListDedupTable::fwkType() const noexcept {
+   return "Routing::Bgp::ExtCommIp6ListDedupTable";
+}
+
+void ExtCommIp6ListDedupTable::handleInitialized() {
+   extCommIp6ClassificationListDedupTable_ =
+      Zup::dedupHashTableFactory(QorBgpGlobals::multiThreaded());
+}
+
+void ExtCommIp6ListDedupTable::dumpState(Kiv::DumpContext& context, unsigned indent) const {
+   context.printf(indent, "ExtCommIp6ListDedupTable\n");
+   context.printf(indent + 2, "extCommIp6\n");
+   context.child(dedupTable(), indent + 4);
+   context.printf(indent + 2, "extCommIp6Classification\n");
+   context.child(extCommIp6ClassificationListDedupTable_, indent + 4);
+}
+
+ExtCommIp6ListDedupTable::Ptr extCommIp6ListDedupTableFactory() {
+   return Kiv::newNotifying<ExtCommIp6ListDedupTable>();
+}
+
+} // namespace Routing::Bgp

@@ -1,0 +1,129 @@
+#include "QorBgp/QorBgpCommunityListFormat.h"
+
+#include "platform/DynamicBuffer.h"
+
+#include <ostream>
+
+namespace Routing::Bgp {
+
+namespace {
+
+// Regex texts of typical lists fit on the stack.
+constexpr std::size_t matchTextCapacity = 512;
+
+void writeExtComm(std::ostream& os, ExtComm::PtrConst const& comm) { os << comm; }
+
+} // namespace
+
+void formatCommList(std::ostream& os, CommList const* list) {
+   formatListElements(
+      os, list ? list->commVectorRawPtr() : nullptr,
+      [](std::ostream& out, U32 value) {
+         std::string name = CommList::wellKnownName(value);
+         out << (name.empty() ? CommList::getStringValue(value) : name);
+      },
+      false, " ");
+}
+
+void formatCommList(std::ostream& os, LargeCommList const* list) {
+   formatListElements(
+      os, list ? list->commVectorRawPtr() : nullptr,
+      [](std::ostream& out, Acl::CommunityValue const& value) {
+         out << LargeCommList::getStringValue(value);
+      },
+      false, " ");
+}
+
+void formatCommList(std::ostream& os, ExtCommList const* list) {
+   formatListElements(os, list ? list->commVectorRawPtr() : nullptr, writeExtComm, true, " ");
+}
+
+void formatCommList(std::ostream& os, ExtCommClassificationList const* list) {
+   if (!list) {
+      return;
+   }
+   os << stringValue(list->classification()) << " : ";
+   formatListElements(os, list->commVectorRawPtr(), writeExtComm, false, " ");
+}
+
+void formatCommList(std::ostream& os, RtExtCommListLifeTimeNotifier const* notifier) {
+   if (!notifier) {
+      os << "NULL";
+      return;
+   }
+   formatCommList(os, static_cast<ExtCommClassificationList const*>(notifier->rtExtCommListRawPtr()));
+}
+
+std::ostream& operator<<(std::ostream& os, CommList const* list) {
+   formatCommList(os, list);
+   return os;
+}
+
+std::ostream& operator<<(std::ostream& os, LargeCommList const* list) {
+   formatCommList(os, list);
+   return os;
+}
+
+std::ostream& operator<<(std::ostream& os, ExtCommList const* list) {
+   formatCommList(os, list);
+   return os;
+}
+
+std::ostream& operator<<(std::ostream& os, ExtCommList const& list) { return os << &list; }
+
+std::ostream& operator<<(std::ostream& os, ExtCommClassificationList const* list) {
+   formatCommList(os, list);
+   return os;
+}
+
+std::ostream& operator<<(std::ostream& os, ExtCommClassificationList const& list) {
+   return os << &list;
+}
+
+std::ostream& operator<<(std::ostream& os, RtExtCommListLifeTimeNotifier const& notifier) {
+   formatCommList(os, &notifier);
+   return os;
+}
+
+bool matchExtCommList(ExtCommList const* list, MatchMode matchMode,
+                      Routing::RouteMap::PosixRegex const* regex) {
+   Kiv::DynamicBuffer<matchTextCapacity> text;
+   ExtComm::StrepFormat const format(matchMode == MatchMode::standard
+                                        ? ExtComm::StrepFormat::flagDefault
+                                        : ExtComm::StrepFormat::flagClassification);
+   for (ExtComm::PtrConst const& comm : *list->commVectorRawPtr()) {
+      if (matchMode == MatchMode::ui && !comm->policyMatchStrepUI()) {
+         continue;
+      }
+      if (text.size() != 0) {
+         text.append(' ');
+      }
+      text.append(matchMode == MatchMode::ui ? comm->toStrepForUI(false, false, false)
+                                             : comm->toStrepForPolicy(format));
+   }
+   std::string_view const strVal = text.view();
+   QOR_ASSERT(!strVal.empty() || matchMode != MatchMode::ui);
+   return regex->execute(strVal) == 0;
+}
+
+bool ExtCommList::matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const {
+   return matchExtCommList(this, MatchMode::standard, regex) ||
+          matchExtCommList(this, MatchMode::classification, regex) ||
+          (hasPolicyMatchStrepUICommunities() && matchExtCommList(this, MatchMode::ui, regex));
+}
+
+std::string ExtCommList::toStrep() const { return stringify<ExtCommList>(this); }
+
+std::string ExtCommClassificationList::toStrep() const {
+   return stringify<ExtCommClassificationList>(this);
+}
+
+std::string CommList::toStrep() const { return stringify<CommList>(this); }
+
+std::string LargeCommList::toStrep() const { return stringify<LargeCommList>(this); }
+
+std::string RtExtCommListLifeTimeNotifier::toStrep() const {
+   return stringify<ExtCommClassificationList>(rtExtCommListRawPtr());
+}
+
+} // namespace Routing::Bgp

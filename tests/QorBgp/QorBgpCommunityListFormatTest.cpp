@@ -1,0 +1,94 @@
+#include "QorBgp/QorBgpCommunityListFormat.h"
+
+#include "QorBgp/Parse/ExtComm.h"
+#include "QorBgp/QorBgpCommunityDedupTable.h"
+
+#include <gtest/gtest.h>
+
+#include <iomanip>
+
+namespace Routing::Bgp {
+namespace {
+
+using Routing::RouteMap::PosixRegex;
+
+class ListText : public testing::Test {
+ protected:
+   BgpParseExtCommContainerSm::Ptr recognition = bgpParseExtCommContainerSmFactory();
+   ExtCommDedupTable::Ptr values = extCommDedupTableFactory(recognition->extCommParser());
+   ExtCommListDedupTable::Ptr extLists = extCommListDedupTableFactory();
+
+   ExtCommList::PtrConst extList(std::initializer_list<U64> words) {
+      ExtCommList::Ptr list = extCommListFactory();
+      for (U64 w : words) {
+         list->commIs(ExtComm::dedupContent(values.get(), ExtCommContent(w)));
+      }
+      return list->dedup(extLists.get());
+   }
+   static bool matches(ExtCommList const& list, MatchMode mode, char const* pattern) {
+      PosixRegex const regex(pattern);
+      return matchExtCommList(&list, mode, &regex);
+   }
+   static bool policyMatch(ExtCommList const& list, char const* pattern) {
+      PosixRegex const regex(pattern);
+      return list.matchCommunitiesRegex(&regex);
+   }
+};
+
+TEST_F(ListText, EveryKindPrintsExactly) {
+   auto table = commListDedupTableFactory();
+   CommList::Ptr comms = commListFactory();
+   comms->commIs(0xFFFFFF01);
+   comms->commIs(0x00010002);
+   EXPECT_EQ(comms->dedup(table.get())->toStrep(), "1:2 no-export");
+   EXPECT_EQ(stringify<CommList>(nullptr), "");
+   EXPECT_EQ(commListFactory()->dedup(table.get())->toStrep(), "");
+
+   auto largeTable = largeCommListDedupTableFactory();
+   LargeCommList::Ptr large = largeCommListFactory();
+   large->commIs({65536, 0, 0});
+   large->commIs({1, 2, 3});
+   EXPECT_EQ(large->dedup(largeTable.get())->toStrep(), "1:2:3 65536:0:0");
+   EXPECT_EQ(stringify<LargeCommList>(nullptr), "");
+
+   ExtCommList::PtrConst ext = extList({0x030b000000000064, 0x0002fde800000064});
+   EXPECT_EQ(ext->toStrep(), "[ <RouteTarget2ByteASN 65000:100 0x0002fde800000064> "
+                             "<Color: 100(00) 0x030b000000000064> ]");
+   EXPECT_EQ(extList({})->toStrep(), "[  ]");
+   EXPECT_EQ(stringify<ExtCommList>(nullptr), "NULL");
+   EXPECT_EQ(ext->classificationList(extCommClassificationColor)->toStrep(),
+             "extCommClassificationColor : <Color: 100(00) 0x030b000000000064>");
+   EXPECT_EQ(stringify<ExtCommClassificationList>(nullptr), "");
+   auto const& rts = static_cast<RtExtCommClassificationList const&>(
+      *ext->classificationList(extCommClassificationRouteTarget));
+   EXPECT_EQ(rts.lifeTimeNotifier()->toStrep(),
+             "extCommClassificationRouteTarget : <RouteTarget2ByteASN 65000:100 0x0002fde800000064>");
+   std::ostringstream os;
+   os << static_cast<RtExtCommListLifeTimeNotifier const*>(nullptr) << '|' << std::hex
+      << std::setfill('*') << *ext << '|' << std::setw(4) << 255;
+   EXPECT_EQ(os.str(), "NULL|" + ext->toStrep() + "|**ff");
+}
+
+TEST_F(ListText, MatchModesRenderTheirOwnTexts) {
+   // Route target, route origin, colour, link bandwidth, validation state, plain.
+   ExtCommList::PtrConst list = extList({0x0002fde800000064, 0x0003fde800000065, 0x030b000000000064,
+                                         0x4004fde849742400, 0x4300000000000002,
+                                         0x8006000000000000});
+   EXPECT_TRUE(matches(*list, MatchMode::standard, "^65000:100 65000:101 Color:CO\\(00\\):100"));
+   EXPECT_TRUE(matches(*list, MatchMode::classification, "^RT:65000:100 SoO:65000:101 "));
+   EXPECT_TRUE(matches(*list, MatchMode::classification, "lbw 65000:1e\\+06"));
+   EXPECT_FALSE(matches(*list, MatchMode::standard, "RT:"));
+   // Values without a policy text of their own leave an empty piece.
+   EXPECT_TRUE(matches(*list, MatchMode::standard, "1e\\+06  $"));
+
+   // matchCommunitiesRegex tries standard, then classification.
+   EXPECT_TRUE(policyMatch(*list, "SoO:65000:101"));
+   EXPECT_TRUE(policyMatch(*list, "^65000:100 "));
+   EXPECT_FALSE(policyMatch(*list, "no-such"));
+   EXPECT_FALSE(list->hasPolicyMatchStrepUICommunities());
+   EXPECT_DEATH(matches(*list, MatchMode::ui, "."),
+                "assertion failed: !strVal.empty\\(\\) \\|\\| matchMode != MatchMode::ui");
+}
+
+} // namespace
+} // namespace Routing::Bgp
