@@ -48,8 +48,8 @@ class QORBGP_EXPORT ExtCommIp6List : public KivHoard::DedupHandle {
    void sortComms();
    // Sorts, splits the members into classification lists, interns those and
    // then this list; the caller continues with the result (this list or the
-   // resident equal one). Fatal "__null == ( this ) || ( this )->dedupState()
-   // == Zup::dedupHandleStateNeverDeduped()" when called a second time.
+   // resident equal one). Fatal (the never-interned condition) when called
+   // a second time.
    PtrConst dedup(ExtCommIp6ListDedupTable const* table);
 
    // Reading.
@@ -69,8 +69,7 @@ class QORBGP_EXPORT ExtCommIp6List : public KivHoard::DedupHandle {
    bool commVectorSorted() const noexcept { return commVectorSorted_; }
    // The interned classification list of `classification`; null when the
    // list has no member of it, including classifications beyond the vector.
-   // The list must be interned (fatal "__null == ( this ) || ( this
-   // )->dedupState() != Zup::dedupHandleStateNeverDeduped()").
+   // Fatal (the interned-state condition) on a list never interned.
    ExtCommIp6ClassificationList::PtrConst
    classificationList(ExtCommClassification classification) const;
 

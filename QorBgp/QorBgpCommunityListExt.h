@@ -19,6 +19,7 @@
 
 #include "QorBgp/QorBgpCommunityListClassification.h"
 #include "platform/CommunityValue.h"
+#include "platform/Hoard.h"
 #include "platform/PosixRegex.h"
 
 #include <string>
@@ -152,6 +153,15 @@ class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
    // "<local data 1>:<local data 2>" in decimal; the global administrator is
    // deliberately left out.
    static std::string getStringValue(Acl::CommunityValue const& value);
+
+   // Publishes the list into the snapshot store: each value's record, then
+   // the list of their locations with the sorted flag.
+   hoard::Location hoard(hoard::StoreWriter& writer) const;
+   // A private copy of a stored list: values restored (detached), the
+   // classification lists built and marked local, the list itself local,
+   // never interned. Null when the store changed while it was read;
+   // Kiv::RangeError for a location outside the store.
+   static PtrConst dehoard(void const* data, hoard::StoreManager* store);
 
    // "[ <value> <value> ]" (see QorBgpCommunityListFormat.h).
    std::string toStrep() const;

@@ -47,6 +47,11 @@ LargeCommList::PtrConst LargeCommList::dedup(LargeCommListDedupTable const* tabl
       detail::commVectorNormalize(commVector_);
       commVectorSorted_ = true;
    }
+   cacheHash();
+   return table->dedupAs<LargeCommList>(PtrConst(this));
+}
+
+void LargeCommList::cacheHash() noexcept {
    U32 hash = 0;
    for (Acl::CommunityValue const& value : commVector_) {
       hash = detail::jenkinsAddU32(hash, value.globalAdmin);
@@ -54,7 +59,11 @@ LargeCommList::PtrConst LargeCommList::dedup(LargeCommListDedupTable const* tabl
       hash = detail::jenkinsAddU32(hash, value.localData2);
    }
    hash_ = Kiv::jenkinsFinish(hash);
-   return table->dedupAs<LargeCommList>(PtrConst(this));
+}
+
+void LargeCommList::storedFlagsIs(U32 flags) noexcept {
+   commVectorSorted_ = (flags & storedSortedFlag) != 0;
+   cacheHash();
 }
 
 bool LargeCommList::comm(Acl::CommunityValue const& value) const noexcept {

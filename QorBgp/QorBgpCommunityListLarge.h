@@ -6,6 +6,7 @@
 #include "platform/CommunityValue.h"
 #include "platform/Dedup.h"
 #include "platform/DynamicBuffer.h"
+#include "platform/Hoard.h"
 #include "platform/Export.h"
 #include "platform/Ptr.h"
 #include "platform/RouteMapCommListSnapshot.h"
@@ -100,6 +101,16 @@ class QORBGP_EXPORT LargeCommList : public KivHoard::DedupHandle {
    // The list's text (see QorBgpCommunityListFormat.h).
    std::string toStrep() const;
 
+   // The flags word of a stored list.
+   static constexpr U32 storedSortedFlag = 1;
+   U32 storedFlags() const noexcept { return commVectorSorted_ ? storedSortedFlag : 0; }
+   // Restores the flags of a stored list whose elements are in place.
+   void storedFlagsIs(U32 flags) noexcept;
+   // Publishes the list (flags word and elements) into the snapshot store.
+   hoard::Location hoard(hoard::StoreWriter& writer) const;
+   // A private, never-interned copy of a stored list (see CommList::dehoard).
+   static PtrConst dehoard(void const* data, hoard::StoreManager* store);
+
    // A new route-policy snapshot, notification on, holding every community
    // with value true (one insertion per community). Asserts "commVectorSorted()".
    RouteMap::CommListSnapshot::Ptr commSnapshot() const;
@@ -115,6 +126,8 @@ class QORBGP_EXPORT LargeCommList : public KivHoard::DedupHandle {
    static std::string displayString(Acl::CommunityValue const& value, bool asdot);
 
  private:
+   void cacheHash() noexcept;
+
    CommVector commVector_;
    U32 hash_ = 0;                  // valid while commVectorSorted_
    bool commVectorSorted_ = false; // set once by dedup(), never cleared

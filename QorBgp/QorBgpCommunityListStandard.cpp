@@ -120,12 +120,30 @@ CommList::PtrConst CommList::dedup(CommListDedupTable const* table) {
    noExport_ = comm(communityNoExport);
    noAdvertise_ = comm(communityNoAdvertise);
    noExportSubconfed_ = comm(communityNoExportSubconfed);
+   cacheHash();
+   return table->dedupAs<CommList>(PtrConst(this));
+}
+
+void CommList::cacheHash() noexcept {
    U32 hash = 0;
    for (U32 value : commVector_) {
       hash = detail::jenkinsAddU32(hash, value);
    }
    hash_ = Kiv::jenkinsFinish(hash);
-   return table->dedupAs<CommList>(PtrConst(this));
+}
+
+U32 CommList::storedFlags() const noexcept {
+   return (commVectorSorted_ ? storedSortedFlag : 0) | (noExport_ ? storedNoExportFlag : 0) |
+          (noAdvertise_ ? storedNoAdvertiseFlag : 0) |
+          (noExportSubconfed_ ? storedNoExportSubconfedFlag : 0);
+}
+
+void CommList::storedFlagsIs(U32 flags) noexcept {
+   commVectorSorted_ = (flags & storedSortedFlag) != 0;
+   noExport_ = (flags & storedNoExportFlag) != 0;
+   noAdvertise_ = (flags & storedNoAdvertiseFlag) != 0;
+   noExportSubconfed_ = (flags & storedNoExportSubconfedFlag) != 0;
+   cacheHash();
 }
 
 bool CommList::comm(U32 value) const noexcept {

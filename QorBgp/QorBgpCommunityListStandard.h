@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/Dedup.h"
+#include "platform/Hoard.h"
 #include "platform/Enum.h"
 #include "platform/Export.h"
 #include "platform/Notifier.h"
@@ -181,6 +182,21 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    // The list's text (see QorBgpCommunityListFormat.h).
    std::string toStrep() const;
 
+   // The flags word of a stored list: sorted, then the three cached flags.
+   static constexpr U32 storedSortedFlag = 1;
+   static constexpr U32 storedNoExportFlag = 2;
+   static constexpr U32 storedNoAdvertiseFlag = 4;
+   static constexpr U32 storedNoExportSubconfedFlag = 8;
+   U32 storedFlags() const noexcept;
+   // Restores the flags of a stored list whose elements are in place.
+   void storedFlagsIs(U32 flags) noexcept;
+   // Publishes the list (flags word and elements) into the snapshot store.
+   hoard::Location hoard(hoard::StoreWriter& writer) const;
+   // A private, never-interned copy of a list another process published:
+   // `data` points at its stored location. Null when the store changed while
+   // it was read; Kiv::RangeError for a location outside the store.
+   static PtrConst dehoard(void const* data, hoard::StoreManager* store);
+
    // A new snapshot, notification on, holding every community with value
    // true (one insertion per community). Asserts "commVectorSorted()".
    CommListSnapshot::Ptr commSnapshot() const;
@@ -199,6 +215,8 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    static std::string wellKnownName(U32 value);
 
  private:
+   void cacheHash() noexcept;
+
    CommVector commVector_;
    U32 hash_ = 0;                  // valid while commVectorSorted_
    bool commVectorSorted_ = false; // set once by dedup(), never cleared

@@ -1,0 +1,23 @@
+// Restoring community lists that another process published into the
+// snapshot store. The lists come back as private copies, never interned.
+#pragma once
+
+#include "QorBgp/QorBgpCommunityList.h"
+#include "platform/Hoard.h"
+
+namespace Routing::Bgp {
+
+// Rebuilds a standard (Element U32) or large (Element Acl::CommunityValue)
+// list from the store: `data` points at the stored location of the list.
+// The flags word and the elements are copied as stored; the list is not
+// interned. Null when the store changed while it was read; Kiv::RangeError
+// for a location (or element array) outside the store. Traces at level 8.
+template <class List, class Element>
+typename List::PtrConst dehoardCommList(void const* data, hoard::StoreManager* store);
+
+extern template QORBGP_EXPORT CommList::PtrConst dehoardCommList<CommList, U32>(void const*,
+                                                                              hoard::StoreManager*);
+extern template QORBGP_EXPORT LargeCommList::PtrConst
+dehoardCommList<LargeCommList, Acl::CommunityValue>(void const*, hoard::StoreManager*);
+
+} // namespace Routing::Bgp
