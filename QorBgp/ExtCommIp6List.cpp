@@ -2,6 +2,7 @@
 
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpSerialize.h"
+#include "QorBgp/QorBgpTrace.h"
 #include "platform/Errors.h"
 
 #include <ostream>
@@ -180,6 +181,50 @@ void ExtCommIp6ListSnapshot::commIs(ExtCommIp6::PtrConst const& comm) {
       throw Kiv::NullArgumentError("ExtCommIp6ListSnapshot::commIs: null comm");
    }
    comm_.set(comm->community(), comm);
+}
+
+hoard::Location ExtCommIp6List::hoard(hoard::StoreWriter& writer) const {
+   std::vector<hoard::ExtCommIp6Record> records;
+   records.reserve(comms_.size());
+   for (ExtCommIp6::PtrConst const& comm : comms_) {
+      ExtCommIp6Content const content = comm->getContent();
+      records.push_back({content.type, content.subtype, content.addr.bytes(), content.localAdmin});
+   }
+   return writer.publishList<hoard::ExtCommIp6Record>(commVectorSorted_ ? 1 : 0, records);
+}
+
+ExtCommIp6List::PtrConst ExtCommIp6List::dehoard(void const* data, hoard::StoreManager* store) {
+   QOR_TRACE(qorBgpTrace(), 8, "Dehoarding Routing::Bgp::ExtCommIp6List");
+   hoard::ReaderPtr<hoard::ListRecord> stored(*store, hoard::Location::loadFrom(data));
+   U32 const flags = stored->flags;
+   U32 const count = stored->count;
+   if (!stored.validateVersionAnchor()) {
+      return nullptr;
+   }
+   ExtCommIp6List::Ptr list = extCommIp6ListFactory();
+   if (count != 0) {
+      hoard::ExtCommIp6Record const* records =
+         stored.template trailing<hoard::ExtCommIp6Record>(count);
+      list->expectedCommunityCountIs(count);
+      for (U32 i = 0; i < count; ++i) {
+         hoard::ExtCommIp6Record const record = records[i];
+         ExtCommIp6::Ptr comm = extCommIp6Factory(
+            extCommClassificationUnSpecified,
+            ExtCommIp6Content(record.type, record.subtype, Qornet::Ip6Addr(record.address),
+                              record.localAdmin));
+         comm->dedupStateIs(Zup::DedupState::detached);
+         list->commIs(comm);
+      }
+      if (!stored.validateVersionAnchor()) {
+         return nullptr;
+      }
+   }
+   if (flags & 1) {
+      list->sortComms();
+   }
+   list->dedupStateIs(Zup::DedupState::local);
+   QOR_TRACE(qorBgpTrace(), 8, "  dehoarded: " << list->toStrep());
+   return list;
 }
 
 } // namespace Routing::Bgp

@@ -17,6 +17,8 @@
 // Built by one owner, then read-only and shareable between threads.
 #pragma once
 
+#include "platform/Hoard.h"
+
 #include "QorBgp/ExtCommIp6ClassificationList.h"
 #include "QorBgp/ExtCommIp6ListDedupTable.h"
 
@@ -92,6 +94,13 @@ class QORBGP_EXPORT ExtCommIp6List : public KivHoard::DedupHandle {
    // space, the last one included: "2001:db8::1:100 2001:db8::2:7 ".
    // Empty for an empty list.
    std::string commsStringForm() const;
+
+   // Publishes the members' records and the sorted flag into the snapshot store.
+   hoard::Location hoard(hoard::StoreWriter& writer) const;
+   // A private, never-interned copy of a stored list, its members restored as
+   // detached plain values. Null when the store changed while it was read;
+   // Kiv::RangeError for a location outside the store.
+   static PtrConst dehoard(void const* data, hoard::StoreManager* store);
    // The stream text, "[ <m1> <m2> ]".
    std::string toStrep() const;
 

@@ -1,5 +1,8 @@
 #include "QorBgp/QorBgpCommunityListHoard.h"
 
+#include "QorBgp/ExtCommIp6DedupTable.h"
+#include "QorBgp/ExtCommIp6List.h"
+#include "QorBgp/ExtCommIp6ListDedupTable.h"
 #include "QorBgp/Parse/ExtComm.h"
 #include "QorBgp/QorBgpCommunityDedupTable.h"
 
@@ -113,6 +116,26 @@ TEST(ListDehoard, AChangeDuringTheReadIsDetected) {
    } remove{path};
    hoard::Location const at[] = {lists.standard->hoard(writer), lists.ext->hoard(writer)};
    auto store = hoard::StoreManager::openMappedFile(path);
+   // An IPv6 list comes back with the same members, as plain detached values.
+   auto ip6Values = extCommIp6DedupTableFactory(lists.recognition->extCommParser());
+   auto ip6Lists = extCommIp6ListDedupTableFactory();
+   ExtCommIp6List::Ptr ip6 = extCommIp6ListFactory();
+   for (U16 admin : {U16{7}, U16{3}}) {
+      ip6->commIs(ExtCommIp6::dedupContent(
+         ip6Values.get(), ExtCommIp6Content(0x00, 0x02, Qornet::Ip6Addr::parse("2001:db8::1").value(),
+                                            admin)));
+   }
+   ExtCommIp6List::PtrConst published = ip6->dedup(ip6Lists.get());
+   hoard::Location const ip6At = published->hoard(writer);
+   ExtCommIp6List::PtrConst restored = ExtCommIp6List::dehoard(&ip6At, &store);
+   ASSERT_TRUE(restored);
+   ASSERT_EQ(restored->comms(), 2u);
+   for (U32 i = 0; i < 2; ++i) {
+      EXPECT_EQ((*restored->commVectorRawPtr())[i]->getContent(),
+                (*published->commVectorRawPtr())[i]->getContent());
+   }
+   EXPECT_EQ(restored->dedupState(), Zup::DedupState::local);
+
    writer.beginChange();
    EXPECT_FALSE(CommList::dehoard(&at[0], &store));
    EXPECT_FALSE(ExtCommList::dehoard(&at[1], &store));
