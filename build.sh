@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Set-up, build and run for QorBgpCommunity on Debian 12.
 #
-#   ./build.sh run     install what is missing, build (Release), run the main job
+#   ./build.sh run     install what is missing, build (Release), write a synthetic RIB dump
+#                      and print the community statistics of it
 #   ./build.sh test    install what is missing, build (Sanitize), run every test, then
 #                      the concurrency stress tests again under ThreadSanitizer
 #   ./build.sh bench   install what is missing, build (Release), run the benchmarks
@@ -11,7 +12,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-packages=(g++ cmake ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev libabsl-dev libboost-dev)
+packages=(g++ cmake ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev libabsl-dev libboost-dev zlib1g-dev libbz2-dev libcli11-dev nlohmann-json3-dev bgpdump)
 
 install_missing() {
    local missing=()
@@ -48,7 +49,10 @@ case "$mode" in
    run)
       install_missing
       configure_and_build Release build/release -DQORBGP_BUILD_TESTS=OFF
-      ./build/release/tools/qorbgp-example
+      # A synthetic full table (a million paths sharing a few thousand
+      # community lists), then what the library makes of it.
+      ./build/release/tools/qorbgp-comm synth build/synth-rib.mrt.gz --paths 1000000
+      ./build/release/tools/qorbgp-comm stats build/synth-rib.mrt.gz
       ;;
    test)
       install_missing

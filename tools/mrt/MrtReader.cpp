@@ -1,0 +1,624 @@
+#include "tools/mrt/MrtReader.h"
+
+#include "tools/mrt/MrtFile.h"
+#include "tools/mrt/MrtWire.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+namespace QorBgpTools::mrt {
+
+using detail::addressBytes;
+using detail::cat;
+using detail::Family;
+using detail::SpanReader;
+
+namespace {
+
+// Longer records are taken for damage rather than buffered; the largest real
+// RIB records (one prefix seen by every peer of a big collector) stay far below.
+constexpr U32 kMaxRecordBytes = 64u << 20;
+constexpr std::size_t kReadChunkBytes = 64 * 1024;
+constexpr std::size_t kEtMicrosecondBytes = 4;
+constexpr std::size_t kRouteDistinguisherBytes = 8;
+constexpr unsigned kLabelBits = 24;
+constexpr unsigned kRouteDistinguisherBits = 64;
+constexpr U8 kBottomOfStack = 0x01; // in a label's third octet
+
+enum class Outcome { used, ignored, damaged };
+
+// How the NLRI of a SAFI encodes its prefix.
+enum class NlriForm { plain, labeled, vpn };
+
+std::optional<Family> familyOfAfi(U16 afi) {
+   if (afi == detail::kAfiIpv4) {
+      return Family::ipv4;
+   }
+   if (afi == detail::kAfiIpv6) {
+      return Family::ipv6;
+   }
+   return std::nullopt;
+}
+
+std::optional<NlriForm> nlriForm(U8 safi) {
+   switch (safi) {
+   case detail::kSafiUnicast:
+   case detail::kSafiMulticast:
+      return NlriForm::plain;
+   case detail::kSafiLabeled:
+      return NlriForm::labeled;
+   case detail::kSafiVpn:
+   case detail::kSafiVpnMulticast:
+      return NlriForm::vpn;
+   default:
+      return std::nullopt;
+   }
+}
+
+// "TABLE_DUMP_V2 subtype 2", "type 11 subtype 0", for problem texts.
+std::string recordName(U16 type, U16 subtype) {
+   switch (type) {
+   case detail::kTableDump:
+      return cat("TABLE_DUMP subtype ", subtype);
+   case detail::kTableDumpV2:
+      return cat("TABLE_DUMP_V2 subtype ", subtype);
+   case detail::kBgp4mp:
+      return cat("BGP4MP subtype ", subtype);
+   case detail::kBgp4mpEt:
+      return cat("BGP4MP_ET subtype ", subtype);
+   default:
+      return cat("type ", type, " subtype ", subtype);
+   }
+}
+
+// Type 0 "as2:number", type 1 "ipv4:number", type 2 "as4:number"; any other
+// type as its 16 hexadecimal digits.
+void appendRouteDistinguisher(std::string& out, std::span<const U8> rd) {
+   SpanReader r(rd);
+   switch (r.u16()) {
+   case 0: {
+      U16 as = r.u16();
+      out += cat(as, ":", r.u32());
+      return;
+   }
+   case 1:
+      detail::appendAddress(out, Family::ipv4, r.bytes(4));
+      out += cat(":", r.u16());
+      return;
+   case 2: {
+      U32 as = r.u32();
+      out += cat(as, ":", r.u16());
+      return;
+   }
+   default:
+      out += "0x";
+      for (U8 octet : rd) {
+         constexpr char kHex[] = "0123456789abcdef";
+         out.push_back(kHex[octet >> 4]);
+         out.push_back(kHex[octet & 0xf]);
+      }
+   }
+}
+
+// Splits a path attribute block into `out`. False, with `error` set, when an
+// attribute's header or value runs past the block.
+bool readAttributes(std::span<const U8> block, std::vector<Attribute>& out, std::string& error) {
+   SpanReader r(block);
+   while (r.remaining() > 0) {
+      U8 flags = r.u8();
+      U8 type = r.u8();
+      std::size_t length = (flags & detail::kAttrExtendedLength) ? r.u16() : r.u8();
+      auto value = r.bytes(length);
+      if (!r.ok()) {
+         error = cat("attribute type ", type, " length ", length, " runs past the ", block.size(),
+                     "-byte attribute block");
+         return false;
+      }
+      out.push_back({flags, type, {value.begin(), value.end()}});
+   }
+   return true;
+}
+
+// Reads one NLRI: the path identifier when `addPath`, the length in bits,
+// then labels and a route distinguisher as `form` has them, and the prefix.
+// Appends the prefix text to `prefix`. False, with `error` set, when the NLRI
+// runs past its data or its prefix is longer than the family allows.
+bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, std::string& prefix,
+              std::optional<U32>& pathId, std::string& error) {
+   if (addPath) {
+      pathId = r.u32();
+   }
+   unsigned bits = r.u8();
+   SpanReader field(r.bytes((bits + 7) / 8));
+   if (!r.ok()) {
+      error = cat("NLRI of ", bits, " bits runs past its data");
+      return false;
+   }
+   auto takeBits = [&bits](unsigned n) {
+      if (bits < n) {
+         return false;
+      }
+      bits -= n;
+      return true;
+   };
+   if (form != NlriForm::plain) {
+      bool bottom = false;
+      while (!bottom) {
+         if (!takeBits(kLabelBits)) {
+            error = "label stack runs past the NLRI";
+            return false;
+         }
+         auto label = field.bytes(kLabelBits / 8);
+         bottom = label.size() == kLabelBits / 8 && (label[2] & kBottomOfStack) != 0;
+      }
+   }
+   if (form == NlriForm::vpn) {
+      if (!takeBits(kRouteDistinguisherBits)) {
+         error = "route distinguisher runs past the NLRI";
+         return false;
+      }
+      appendRouteDistinguisher(prefix, field.bytes(kRouteDistinguisherBytes));
+      prefix.push_back(':');
+   }
+   if (bits > detail::maxPrefixLength(family)) {
+      error = cat("prefix length ", bits, " over ", detail::maxPrefixLength(family));
+      return false;
+   }
+   detail::Prefix parsed{{family, {}}, static_cast<U8>(bits)};
+   auto octets = field.rest(); // whole octets taken before, so exactly ceil(bits / 8) left
+   std::copy(octets.begin(), octets.end(), parsed.address.bytes.begin());
+   detail::appendPrefix(prefix, parsed);
+   return true;
+}
+
+} // namespace
+
+Attribute const* Path::attribute(U8 typeCode) const {
+   auto it = std::find_if(attributes.begin(), attributes.end(),
+                          [typeCode](Attribute const& a) { return a.typeCode == typeCode; });
+   return it == attributes.end() ? nullptr : &*it;
+}
+
+class MrtReader::Impl {
+ public:
+   explicit Impl(std::unique_ptr<detail::InputFile> file) : file_(std::move(file)) {}
+
+   bool next(Path& path);
+
+   Report report_;
+   std::unique_ptr<detail::InputFile> file_;
+
+ private:
+   struct Peer {
+      std::string address;
+      U32 as = 0;
+   };
+
+   bool readRecord();
+   // Reads up to `length` bytes into body_; false when the data ends first.
+   bool readBody(U32 length);
+   void end();
+   void problem(U64 offset, std::string text);
+
+   Outcome decode(U32 timestamp, U16 type, U16 subtype, SpanReader r);
+   Outcome tableDump(U16 subtype, SpanReader r);
+   Outcome peerIndexTable(SpanReader r);
+   Outcome rib(U16 subtype, SpanReader r);
+   Outcome bgp4mp(U32 timestamp, U16 subtype, SpanReader r);
+   Outcome damaged(std::string text) {
+      error_ = std::move(text);
+      return Outcome::damaged;
+   }
+   Outcome trailing(SpanReader const& r) {
+      return damaged(cat("trailing bytes after the last field: ", r.remaining()));
+   }
+
+   std::vector<Peer> peers_; // of the last PEER_INDEX_TABLE; empty after a damaged one
+   std::vector<Path>
+      pending_; // the current record's paths; those before nextPending_ are handed out
+   std::size_t nextPending_ = 0;
+   std::vector<U8> body_;
+   std::string error_; // why the current record is damaged
+   bool ended_ = false;
+};
+
+bool MrtReader::Impl::next(Path& path) {
+   while (nextPending_ == pending_.size()) {
+      if (!readRecord()) {
+         return false;
+      }
+   }
+   path = std::move(pending_[nextPending_++]);
+   ++report_.paths;
+   return true;
+}
+
+void MrtReader::Impl::problem(U64 offset, std::string text) {
+   if (report_.problems.size() < kMaxProblemsKept) {
+      report_.problems.push_back({offset, std::move(text)});
+   }
+}
+
+void MrtReader::Impl::end() {
+   ended_ = true;
+   if (!file_->fault().empty()) {
+      problem(report_.bytesRead, file_->fault());
+   }
+}
+
+bool MrtReader::Impl::readBody(U32 length) {
+   // Grows with the data actually read, so a damaged length cannot make it
+   // allocate much more than the file holds.
+   body_.clear();
+   while (body_.size() < length) {
+      std::size_t want =
+         std::min<std::size_t>(length - body_.size(), std::max(body_.size(), kReadChunkBytes));
+      std::size_t had = body_.size();
+      body_.resize(had + want);
+      std::size_t got = file_->read(std::span(body_).subspan(had));
+      body_.resize(had + got);
+      report_.bytesRead += got;
+      if (got < want) {
+         return false;
+      }
+   }
+   return true;
+}
+
+bool MrtReader::Impl::readRecord() {
+   pending_.clear();
+   nextPending_ = 0;
+   if (ended_) {
+      return false;
+   }
+   U64 offset = report_.bytesRead;
+   std::array<U8, detail::kMrtHeaderBytes> header{};
+   std::size_t got = file_->read(header);
+   report_.bytesRead += got;
+   if (got < header.size()) {
+      if (got > 0) {
+         problem(offset, cat("record header cut off after ", got, " of ", header.size(), " bytes"));
+      }
+      end();
+      return false;
+   }
+   ++report_.records;
+   SpanReader h(header);
+   U32 timestamp = h.u32();
+   U16 type = h.u16();
+   U16 subtype = h.u16();
+   U32 length = h.u32();
+
+   if (length > kMaxRecordBytes) {
+      ++report_.skippedRecords;
+      problem(offset, cat(recordName(type, subtype), ": length ", length, " over the limit of ",
+                          kMaxRecordBytes));
+      for (U32 left = length; left > 0;) {
+         U32 step = std::min<U32>(left, kReadChunkBytes);
+         if (!readBody(step)) {
+            end();
+            return false;
+         }
+         left -= step;
+      }
+      return true;
+   }
+   if (!readBody(length)) {
+      ++report_.skippedRecords;
+      problem(offset, cat(recordName(type, subtype), ": record cut off, ", body_.size(), " of ",
+                          length, " bytes present"));
+      end();
+      return false;
+   }
+
+   error_.clear();
+   switch (decode(timestamp, type, subtype, SpanReader(body_))) {
+   case Outcome::used:
+      break;
+   case Outcome::ignored:
+      ++report_.ignoredRecords;
+      break;
+   case Outcome::damaged:
+      pending_.clear();
+      ++report_.skippedRecords;
+      problem(offset, cat(recordName(type, subtype), ": ", error_));
+      break;
+   }
+   return true;
+}
+
+Outcome MrtReader::Impl::decode(U32 timestamp, U16 type, U16 subtype, SpanReader r) {
+   switch (type) {
+   case detail::kTableDump:
+      return tableDump(subtype, r);
+   case detail::kTableDumpV2:
+      if (subtype == detail::kPeerIndexTable) {
+         return peerIndexTable(r);
+      }
+      if ((subtype >= detail::kRibIpv4Unicast && subtype <= detail::kRibGeneric) ||
+          (subtype >= detail::kRibIpv4Unicast + detail::kAddPathOffset &&
+           subtype <= detail::kRibGeneric + detail::kAddPathOffset)) {
+         return rib(subtype, r);
+      }
+      return Outcome::ignored;
+   case detail::kBgp4mpEt:
+      r.skip(kEtMicrosecondBytes);
+      if (!r.ok()) {
+         return damaged("microsecond timestamp cut short");
+      }
+      return bgp4mp(timestamp, subtype, r);
+   case detail::kBgp4mp:
+      return bgp4mp(timestamp, subtype, r);
+   default:
+      return Outcome::ignored;
+   }
+}
+
+Outcome MrtReader::Impl::tableDump(U16 subtype, SpanReader r) {
+   if (subtype != detail::kTableDumpIpv4 && subtype != detail::kTableDumpIpv6) {
+      return Outcome::ignored;
+   }
+   Family family = subtype == detail::kTableDumpIpv4 ? Family::ipv4 : Family::ipv6;
+   r.skip(4); // view and sequence numbers
+   auto prefix = r.bytes(addressBytes(family));
+   U8 length = r.u8();
+   r.skip(1); // status
+   U32 originated = r.u32();
+   auto peer = r.bytes(addressBytes(family));
+   U16 peerAs = r.u16();
+   auto attributes = r.bytes(r.u16());
+   if (!r.ok()) {
+      return damaged("entry cut short");
+   }
+   if (length > detail::maxPrefixLength(family)) {
+      return damaged(cat("prefix length ", length, " over ", detail::maxPrefixLength(family)));
+   }
+   if (r.remaining() > 0) {
+      return trailing(r);
+   }
+   Path& path = pending_.emplace_back();
+   path.timestamp = originated;
+   detail::appendAddress(path.peerAddress, family, peer);
+   path.peerAs = peerAs;
+   detail::Prefix parsed{{family, {}}, length};
+   std::copy(prefix.begin(), prefix.end(), parsed.address.bytes.begin());
+   detail::appendPrefix(path.prefix, parsed);
+   return readAttributes(attributes, path.attributes, error_) ? Outcome::used : Outcome::damaged;
+}
+
+Outcome MrtReader::Impl::peerIndexTable(SpanReader r) {
+   constexpr U8 kPeerIpv6 = 0x01;
+   constexpr U8 kPeerAs4 = 0x02;
+   peers_.clear();
+   r.skip(4);       // collector BGP identifier
+   r.skip(r.u16()); // view name
+   U16 count = r.u16();
+   if (!r.ok()) {
+      return damaged("peer table header cut short");
+   }
+   std::vector<Peer> peers(count);
+   for (U16 i = 0; i < count; ++i) {
+      U8 peerType = r.u8();
+      r.skip(4); // peer BGP identifier
+      Family family = (peerType & kPeerIpv6) ? Family::ipv6 : Family::ipv4;
+      auto address = r.bytes(addressBytes(family));
+      peers[i].as = (peerType & kPeerAs4) ? r.u32() : r.u16();
+      if (!r.ok()) {
+         return damaged(cat("peer entry ", i, " of ", count, " cut short"));
+      }
+      detail::appendAddress(peers[i].address, family, address);
+   }
+   if (r.remaining() > 0) {
+      return trailing(r);
+   }
+   peers_ = std::move(peers);
+   return Outcome::used;
+}
+
+Outcome MrtReader::Impl::rib(U16 subtype, SpanReader r) {
+   bool addPath = subtype > detail::kRibGeneric;
+   U16 plain = addPath ? subtype - detail::kAddPathOffset : subtype;
+   r.skip(4); // sequence number
+   std::string prefix;
+   std::optional<U32> nlriPathId;
+   bool generic = plain == detail::kRibGeneric;
+   if (generic) {
+      U16 afi = r.u16();
+      U8 safi = r.u8();
+      auto family = familyOfAfi(afi);
+      auto form = nlriForm(safi);
+      if (!r.ok()) {
+         return damaged("RIB header cut short");
+      }
+      if (!family || !form) {
+         return Outcome::ignored;
+      }
+      // The generic ADD-PATH form carries the path identifier in the NLRI.
+      if (!readNlri(r, *family, *form, addPath, prefix, nlriPathId, error_)) {
+         return Outcome::damaged;
+      }
+   } else {
+      Family family = plain <= detail::kRibIpv4Multicast ? Family::ipv4 : Family::ipv6;
+      if (!readNlri(r, family, NlriForm::plain, false, prefix, nlriPathId, error_)) {
+         return Outcome::damaged;
+      }
+   }
+   bool entryPathId = addPath && !generic;
+   U16 count = r.u16();
+   for (U16 i = 0; i < count; ++i) {
+      U16 peerIndex = r.u16();
+      U32 originated = r.u32();
+      std::optional<U32> pathId = nlriPathId;
+      if (entryPathId) {
+         pathId = r.u32();
+      }
+      auto attributes = r.bytes(r.u16());
+      if (!r.ok()) {
+         return damaged(cat("RIB entry ", i, " of ", count, " cut short"));
+      }
+      if (peerIndex >= peers_.size()) {
+         return damaged(cat("RIB entry ", i, ": peer index ", peerIndex,
+                            " outside the peer table of ", peers_.size(), " peers"));
+      }
+      Path& path = pending_.emplace_back();
+      path.timestamp = originated;
+      path.peerAddress = peers_[peerIndex].address;
+      path.peerAs = peers_[peerIndex].as;
+      path.prefix = prefix;
+      path.pathId = pathId;
+      if (!readAttributes(attributes, path.attributes, error_)) {
+         return damaged(cat("RIB entry ", i, ": ", error_));
+      }
+   }
+   if (!r.ok()) {
+      return damaged("RIB entry count cut short");
+   }
+   if (r.remaining() > 0) {
+      return trailing(r);
+   }
+   return pending_.empty() ? Outcome::ignored : Outcome::used;
+}
+
+Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
+   struct Kind {
+      U16 subtype;
+      bool as4;
+      bool addPath;
+   };
+   static constexpr Kind kMessageKinds[] = {
+      {detail::kMessage, false, false},
+      {detail::kMessageAs4, true, false},
+      {detail::kMessageLocal, false, false},
+      {detail::kMessageAs4Local, true, false},
+      {detail::kMessageAddPath, false, true},
+      {detail::kMessageAs4AddPath, true, true},
+      {detail::kMessageLocalAddPath, false, true},
+      {detail::kMessageAs4LocalAddPath, true, true},
+   };
+   auto kind = std::find_if(std::begin(kMessageKinds), std::end(kMessageKinds),
+                            [subtype](Kind const& k) { return k.subtype == subtype; });
+   if (kind == std::end(kMessageKinds)) {
+      return Outcome::ignored; // state changes and subtypes not decoded here
+   }
+   U32 peerAs = kind->as4 ? r.u32() : r.u16();
+   r.skip(kind->as4 ? 4 : 2); // local AS
+   r.skip(2);                 // interface index
+   U16 afi = r.u16();
+   if (!r.ok()) {
+      return damaged("message header cut short");
+   }
+   auto family = familyOfAfi(afi);
+   if (!family) {
+      return damaged(cat("address family ", afi, " unknown"));
+   }
+   auto peer = r.bytes(addressBytes(*family));
+   r.skip(addressBytes(*family)); // local address
+   r.skip(detail::kBgpMarkerBytes);
+   U16 length = r.u16();
+   U8 messageType = r.u8();
+   if (!r.ok()) {
+      return damaged("BGP message header cut short");
+   }
+   if (length < detail::kBgpHeaderBytes || length - detail::kBgpHeaderBytes != r.remaining()) {
+      return damaged(cat("BGP message length ", length, " but ",
+                         r.remaining() + detail::kBgpHeaderBytes, " bytes in the record"));
+   }
+   if (messageType != detail::kBgpUpdate) {
+      return Outcome::ignored;
+   }
+   r.skip(r.u16()); // withdrawn routes
+   auto attributeBlock = r.bytes(r.u16());
+   if (!r.ok()) {
+      return damaged("UPDATE field lengths run past the message");
+   }
+   std::vector<Attribute> attributes;
+   if (!readAttributes(attributeBlock, attributes, error_)) {
+      return Outcome::damaged;
+   }
+
+   // An NLRI block that does not decode plainly is tried once more with path
+   // identifiers (see the class comment); the first error is the one reported.
+   auto readRoutes = [&](SpanReader nlri, Family routeFamily, NlriForm form) {
+      std::size_t before = pending_.size();
+      std::string firstError;
+      for (bool addPath : {kind->addPath, true}) {
+         SpanReader block = nlri;
+         pending_.resize(before);
+         bool ok = true;
+         while (ok && block.remaining() > 0) {
+            Path& path = pending_.emplace_back();
+            ok = readNlri(block, routeFamily, form, addPath, path.prefix, path.pathId, error_);
+         }
+         if (ok) {
+            return true;
+         }
+         if (firstError.empty()) {
+            firstError = std::move(error_);
+         }
+         if (addPath) {
+            break;
+         }
+      }
+      error_ = std::move(firstError);
+      return false;
+   };
+   if (!readRoutes(SpanReader(r.rest()), Family::ipv4, NlriForm::plain)) {
+      return Outcome::damaged;
+   }
+   for (Attribute const& attribute : attributes) {
+      if (attribute.typeCode != detail::kAttrMpReachNlri) {
+         continue;
+      }
+      SpanReader m(attribute.value);
+      U16 routeAfi = m.u16();
+      U8 safi = m.u8();
+      m.skip(m.u8()); // next hop
+      m.skip(1);      // reserved
+      if (!m.ok()) {
+         return damaged("MP_REACH_NLRI cut short");
+      }
+      auto routeFamily = familyOfAfi(routeAfi);
+      auto form = nlriForm(safi);
+      if (routeFamily && form && !readRoutes(m, *routeFamily, *form)) {
+         return damaged(cat("MP_REACH_NLRI: ", error_));
+      }
+   }
+   if (pending_.empty()) {
+      return Outcome::ignored;
+   }
+
+   std::string peerAddress;
+   detail::appendAddress(peerAddress, *family, peer);
+   for (std::size_t i = 0; i < pending_.size(); ++i) {
+      Path& path = pending_[i];
+      path.timestamp = timestamp;
+      path.peerAddress = peerAddress;
+      path.peerAs = peerAs;
+      if (i + 1 < pending_.size()) {
+         path.attributes = attributes;
+      } else {
+         path.attributes = std::move(attributes);
+      }
+   }
+   return Outcome::used;
+}
+
+MrtReader::MrtReader(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+MrtReader::~MrtReader() = default;
+
+std::unique_ptr<MrtReader> MrtReader::open(std::string const& path, std::string* error) {
+   auto file = detail::InputFile::open(path, error);
+   if (!file) {
+      return nullptr;
+   }
+   return std::unique_ptr<MrtReader>(new MrtReader(std::make_unique<Impl>(std::move(file))));
+}
+
+bool MrtReader::next(Path& path) { return impl_->next(path); }
+Report const& MrtReader::report() const { return impl_->report_; }
+Compression MrtReader::compression() const { return impl_->file_->compression(); }
+U64 MrtReader::bytesConsumed() const { return impl_->file_->consumed(); }
+U64 MrtReader::fileSize() const { return impl_->file_->size(); }
+
+} // namespace QorBgpTools::mrt

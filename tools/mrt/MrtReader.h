@@ -1,0 +1,127 @@
+// Streaming reader of MRT routing data dumps: RIB snapshots (TABLE_DUMP,
+// TABLE_DUMP_V2 with its ADD-PATH subtypes) and BGP message logs (BGP4MP,
+// BGP4MP_ET), from plain, gzip or bzip2 files. It turns them into one Path per
+// announced (prefix, peer) pair with that path's BGP attributes, undecoded, so
+// that callers pick the attributes they care about.
+//
+//   std::string error;
+//   auto reader = MrtReader::open("updates.20190101.0000.gz", &error);
+//   if (!reader) { fail(error); }
+//   Path path;
+//   while (reader->next(path)) {
+//      if (auto const* communities = path.attribute(8)) { use(path.prefix, communities->value); }
+//   }
+//   for (auto const& problem : reader->report().problems) { warn(problem.offset, problem.text); }
+#pragma once
+
+#include "platform/Types.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace QorBgpTools::mrt {
+
+enum class Compression { none, gzip, bzip2 };
+
+// One BGP path attribute as found on the wire. `flags` keeps the
+// extended-length bit (0x10) as it was; `value` excludes the header.
+struct Attribute {
+   U8 flags = 0;
+   U8 typeCode = 0;
+   std::vector<U8> value;
+
+   friend bool operator==(Attribute const&, Attribute const&) = default;
+};
+
+// A route to one prefix as one peer announced or held it.
+struct Path {
+   // Seconds since 1970: the route's originated time for RIB entries, the
+   // record's time for BGP4MP messages.
+   U32 timestamp = 0;
+   std::string peerAddress; // "192.0.2.1", "2001:db8::1"
+   U32 peerAs = 0;
+   // "192.0.2.0/24", "2001:db8::/32"; VPN routes carry their route
+   // distinguisher in front: "65000:1:10.0.0.0/8", "192.0.2.1:5:10.0.0.0/8".
+   std::string prefix;
+   std::optional<U32> pathId;         // set for ADD-PATH records only
+   std::vector<Attribute> attributes; // in wire order, repeats kept
+
+   // The first attribute of that type, or nullptr.
+   Attribute const* attribute(U8 typeCode) const;
+
+   friend bool operator==(Path const&, Path const&) = default;
+};
+
+// Something wrong in the input, at `offset` bytes into the decompressed MRT
+// stream (the start of the record concerned).
+struct Problem {
+   U64 offset = 0;
+   std::string text;
+};
+
+inline constexpr std::size_t kMaxProblemsKept = 100;
+
+struct Report {
+   U64 records = 0; // records whose header was complete
+   U64 paths = 0;   // paths handed out by next()
+   // Records dropped as damaged: truncated, or with fields that contradict
+   // each other. Each one also has a Problem (while fewer than
+   // kMaxProblemsKept are kept).
+   U64 skippedRecords = 0;
+   // Well-formed records that carry no announcement: state changes, OPENs,
+   // KEEPALIVEs, withdrawal-only UPDATEs, address families or record types
+   // not decoded here. Peer index tables count as neither skipped nor ignored.
+   U64 ignoredRecords = 0;
+   U64 bytesRead = 0;             // of the decompressed MRT stream
+   std::vector<Problem> problems; // the first kMaxProblemsKept, in file order
+};
+
+// Reads one MRT file front to back, holding one record at a time (records
+// over 64 MiB are skipped as damaged). Owns the open file; movable through
+// its unique_ptr only; not thread-safe.
+//
+// Bad data never throws and never stops the reader while records can still be
+// framed: a damaged record is reported and skipped as a whole (none of its
+// paths are returned), and reading resumes after it using the record's
+// length field. Reading ends at the end of the data, at a record header cut
+// off by it, or where the compressed stream is damaged; the last two are
+// reported as problems too.
+//
+// NOTE: some routers log ADD-PATH sessions under the plain BGP4MP message
+// subtypes; an NLRI block that does not decode plainly is decoded with path
+// identifiers when that works.
+//
+// NOTE: RIB_GENERIC_ADDPATH is read with the path identifier inside the
+// NLRI, as the MRT ADD-PATH extension defines it; some routers write it into
+// each RIB entry instead, which reads as damaged records here.
+class MrtReader {
+ public:
+   // Opens `path`, choosing the decompression from the file's first bytes
+   // (gzip 1f 8b, bzip2 "BZh", anything else plain). On failure returns
+   // nullptr and sets `*error` (e.g. `cannot open "x.mrt": No such file or directory`).
+   static std::unique_ptr<MrtReader> open(std::string const& path, std::string* error);
+   ~MrtReader();
+   MrtReader(MrtReader const&) = delete;
+   MrtReader& operator=(MrtReader const&) = delete;
+
+   // Stores the next path into `path` and returns true; false at the end of
+   // the input (and on every call after it), leaving `path` unchanged.
+   [[nodiscard]] bool next(Path& path);
+
+   Report const& report() const;
+   Compression compression() const;
+   // Bytes of the file itself consumed so far, to compare with fileSize()
+   // for a progress display; it may run ahead of the paths by a read buffer.
+   U64 bytesConsumed() const;
+   U64 fileSize() const;
+
+ private:
+   class Impl;
+   explicit MrtReader(std::unique_ptr<Impl> impl);
+   std::unique_ptr<Impl> impl_;
+};
+
+} // namespace QorBgpTools::mrt

@@ -1,0 +1,55 @@
+// The subcommands of qorbgp-comm. Each returns the process exit status:
+// 0 success, 1 a problem with the data (e.g. an unreadable file), 2 bad usage.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace QorBgpTools {
+
+struct StatsOptions {
+   std::vector<std::string> files;
+   bool json = false;
+   unsigned top = 10;
+};
+int runStats(StatsOptions const& options);
+
+struct ShowOptions {
+   std::string file;
+   std::string prefix; // only paths of this prefix when set
+   bool asdot = false;
+   bool json = false;
+   std::size_t limit = 0; // 0: every path
+};
+int runShow(ShowOptions const& options);
+
+struct MatchOptions {
+   std::string regex;
+   std::string file;
+   bool json = false;
+};
+int runMatch(MatchOptions const& options);
+
+struct DecodeOptions {
+   std::string hex;
+   bool json = false;
+   bool asdot = false;
+};
+int runDecode(DecodeOptions const& options);
+
+struct EncodeOptions {
+   std::string kind; // standard, large, extended
+   std::string text;
+};
+int runEncode(EncodeOptions const& options);
+
+struct SynthOptions {
+   std::string file;
+   unsigned long paths = 1000000;
+   unsigned lists = 5000;
+   unsigned peers = 16;
+   unsigned seed = 1;
+};
+int runSynth(SynthOptions const& options);
+
+} // namespace QorBgpTools

@@ -1,0 +1,86 @@
+// qorbgp-comm: the community library at work on BGP data — statistics, show
+// and route-map matching over MRT dumps, one attribute between wire hex and
+// text, and a synthetic RIB dump to try it all with no outside data.
+#include "Commands.h"
+
+#include <CLI/CLI.hpp>
+
+int main(int argc, char** argv) {
+   using namespace QorBgpTools;
+   CLI::App app{"qorbgp-comm: BGP communities in MRT dumps, through the QorBgpCommunity library"};
+   app.require_subcommand(1);
+
+   StatsOptions stats;
+   auto* statsCommand = app.add_subcommand(
+      "stats", "Read MRT files and report paths, attributes, distinct values and lists, sharing, "
+               "memory, the top communities and malformed attributes");
+   statsCommand->add_option("FILE", stats.files, "MRT files (plain, gzip or bzip2)")->required();
+   statsCommand->add_flag("--json", stats.json, "Machine-readable output");
+   statsCommand->add_option("--top", stats.top, "How many top communities to list")->capture_default_str();
+
+   ShowOptions show;
+   auto* showCommand =
+      app.add_subcommand("show", "Print each path's community lists in their show text");
+   showCommand->add_option("FILE", show.file, "MRT file")->required();
+   showCommand->add_option("--prefix", show.prefix, "Only paths of this prefix, e.g. 192.0.2.0/24");
+   showCommand->add_flag("--asdot", show.asdot, "AS numbers of 65536 and above in asdot form");
+   showCommand->add_flag("--json", show.json, "One JSON object per path, one per line");
+   showCommand->add_option("--limit", show.limit, "Stop after this many paths (0: all)");
+
+   MatchOptions match;
+   auto* matchCommand = app.add_subcommand(
+      "match", "Print the paths whose standard, large or extended communities match a route-map "
+               "regular expression (POSIX extended syntax)");
+   matchCommand->add_option("REGEX", match.regex, "Route-map regular expression")->required();
+   matchCommand->add_option("FILE", match.file, "MRT file")->required();
+   matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
+
+   DecodeOptions decode;
+   auto* decodeCommand = app.add_subcommand(
+      "decode", "Decode one community attribute (flags, type, length, value) from hex");
+   decodeCommand->add_option("HEX", decode.hex, "e.g. c00808fde80064ffffff01")->required();
+   decodeCommand->add_flag("--json", decode.json, "Machine-readable output");
+   decodeCommand->add_flag("--asdot", decode.asdot, "AS numbers in asdot form");
+
+   EncodeOptions encode;
+   auto* encodeCommand =
+      app.add_subcommand("encode", "Encode communities given as text into their attribute, in hex");
+   encodeCommand->add_option("TEXT", encode.text,
+                             "standard: \"65000:100 no-export\"; large: \"65000:1:2\"; extended: "
+                             "\"RT:65000:100 SoO:192.0.2.1:5 0x030b000000000064\"")
+      ->required();
+   encodeCommand->add_option("--kind", encode.kind, "standard, large or extended")
+      ->default_str("standard")
+      ->check(CLI::IsMember({"standard", "large", "extended"}));
+
+   SynthOptions synth;
+   auto* synthCommand = app.add_subcommand(
+      "synth", "Write a synthetic MRT RIB dump: many paths sharing a few thousand distinct "
+               "standard, large and extended community lists");
+   synthCommand->add_option("FILE", synth.file, "Output file (.gz or .bz2 to compress)")->required();
+   synthCommand->add_option("--paths", synth.paths, "Number of paths")->capture_default_str();
+   synthCommand->add_option("--lists", synth.lists, "Distinct community lists per kind")
+      ->capture_default_str();
+   synthCommand->add_option("--peers", synth.peers, "Number of peers")->capture_default_str();
+   synthCommand->add_option("--seed", synth.seed, "Random seed")->capture_default_str();
+
+   CLI11_PARSE(app, argc, argv);
+
+   if (*statsCommand) {
+      return runStats(stats);
+   }
+   if (*showCommand) {
+      return runShow(show);
+   }
+   if (*matchCommand) {
+      return runMatch(match);
+   }
+   if (*decodeCommand) {
+      return runDecode(decode);
+   }
+   if (*encodeCommand) {
+      encode.kind = encode.kind.empty() ? "standard" : encode.kind;
+      return runEncode(encode);
+   }
+   return runSynth(synth);
+}

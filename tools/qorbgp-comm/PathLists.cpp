@@ -1,0 +1,96 @@
+#include "PathLists.h"
+
+#include "QorBgp/BgpPathAttributeEnums.h"
+
+namespace QorBgpTools {
+
+using namespace Routing::Bgp;
+
+namespace {
+
+template <class Result>
+void note(Result const& result, PathLists& lists) {
+   if (!result.ok()) {
+      lists.malformed.push_back(result.reason);
+   }
+}
+
+template <class Range, class Text>
+std::string joined(Range const& elements, Text text) {
+   std::string out;
+   for (auto const& element : elements) {
+      if (!out.empty()) {
+         out += ' ';
+      }
+      out += text(element);
+   }
+   return out;
+}
+
+} // namespace
+
+PathLists decodePathLists(CommunityTables const& tables, mrt::Path const& path) {
+   PathLists lists;
+   for (mrt::Attribute const& attribute : path.attributes) {
+      std::span<U8 const> const value(attribute.value);
+      switch (attribute.typeCode) {
+      case community: {
+         auto result = decodeCommunities(tables, value);
+         note(result, lists);
+         lists.standard = std::move(result.list);
+         break;
+      }
+      case largeCommunity: {
+         auto result = decodeLargeCommunities(tables, value);
+         note(result, lists);
+         lists.large = std::move(result.list);
+         break;
+      }
+      case extCommunity: {
+         auto result = decodeExtCommunities(tables, value);
+         note(result, lists);
+         lists.extended = std::move(result.list);
+         break;
+      }
+      case extCommunityIp6: {
+         auto result = decodeExtCommunitiesIp6(tables, value);
+         note(result, lists);
+         lists.ip6 = std::move(result.list);
+         break;
+      }
+      default:
+         break;
+      }
+   }
+   return lists;
+}
+
+std::string standardText(CommList const* list) { return list ? list->toStrep() : std::string(); }
+
+std::string largeText(LargeCommList const* list, bool asdot) {
+   return list ? joined(*list->commVectorRawPtr(),
+                        [asdot](Acl::CommunityValue const& v) {
+                           return LargeCommList::displayString(v, asdot);
+                        })
+               : std::string();
+}
+
+std::string extendedText(ExtCommList const* list, bool asdot) {
+   return list ? joined(*list->commVectorRawPtr(),
+                        [asdot](ExtComm::PtrConst const& comm) {
+                           return comm->toStrepForUI(asdot, false, false);
+                        })
+               : std::string();
+}
+
+std::string ip6Text(ExtCommIp6List const* list) {
+   ExtCommIp6::StrepFormat const ui(ExtCommIp6::StrepFormat::flagClassification |
+                                    ExtCommIp6::StrepFormat::flagUI);
+   return list ? joined(*list->commVectorRawPtr(),
+                        [&ui](ExtCommIp6::PtrConst const& comm) {
+                           return comm->toStrepForPolicy(ui);
+                        })
+               : std::string();
+}
+
+} // namespace QorBgpTools

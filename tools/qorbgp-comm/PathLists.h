@@ -1,0 +1,34 @@
+// The community lists of one MRT path, decoded and interned through the
+// library, and their show texts.
+#pragma once
+
+#include "tools/mrt/MrtReader.h"
+
+#include "QorBgp/QorBgpCommunityDecode.h"
+
+#include <string>
+
+namespace QorBgpTools {
+
+struct PathLists {
+   Routing::Bgp::CommList::PtrConst standard;
+   Routing::Bgp::LargeCommList::PtrConst large;
+   Routing::Bgp::ExtCommList::PtrConst extended;
+   Routing::Bgp::ExtCommIp6List::PtrConst ip6;
+   // Malformed community attributes of the path (each to be treated as a
+   // withdrawal), with the decoder's reason.
+   std::vector<std::string> malformed;
+};
+
+// Decodes every community attribute of `path`. The lists are interned in
+// `tables`: paths with equal lists share one object.
+PathLists decodePathLists(Routing::Bgp::CommunityTables const& tables, mrt::Path const& path);
+
+// Show texts: names for well-known standard communities, asdot on request,
+// each extended community in its UI form.
+std::string standardText(Routing::Bgp::CommList const* list);
+std::string largeText(Routing::Bgp::LargeCommList const* list, bool asdot);
+std::string extendedText(Routing::Bgp::ExtCommList const* list, bool asdot);
+std::string ip6Text(Routing::Bgp::ExtCommIp6List const* list);
+
+} // namespace QorBgpTools

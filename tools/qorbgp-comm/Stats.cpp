@@ -1,0 +1,260 @@
+// stats: what the community attributes of one or more MRT dumps amount to
+// once interned — how many distinct values and lists, how well paths share
+// them, what memory they hold, which communities are most used.
+#include "Commands.h"
+#include "PathLists.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <iomanip>
+#include <iostream>
+#include <malloc.h>
+#include <map>
+#include <unistd.h>
+#include <unordered_map>
+
+namespace QorBgpTools {
+
+using namespace Routing::Bgp;
+
+namespace {
+
+// How often a list occurs, keyed by the interned object: the list object
+// itself is kept alive by the key.
+template <class List>
+struct KindCounter {
+   U64 attributes = 0;
+   std::unordered_map<Kiv::Ptr<List const>, U64> occurrences;
+
+   void count(Kiv::Ptr<List const> const& list) {
+      if (list) {
+         ++attributes;
+         ++occurrences[list];
+      }
+   }
+   double sharing() const {
+      return occurrences.empty() ? 0.0 : double(attributes) / double(occurrences.size());
+   }
+};
+
+struct Totals {
+   U64 paths = 0;
+   U64 malformed = 0;
+   std::map<std::string, U64> malformedReasons;
+   U64 skippedRecords = 0;
+   U64 ignoredRecords = 0;
+   std::vector<std::string> problems;
+   KindCounter<CommList> standard;
+   KindCounter<LargeCommList> large;
+   KindCounter<ExtCommList> extended;
+   KindCounter<ExtCommIp6List> ip6;
+};
+
+class Progress {
+ public:
+   explicit Progress(std::string const& file) : file_(file), on_(::isatty(STDERR_FILENO)) {}
+   ~Progress() {
+      if (on_ && shown_) {
+         std::fprintf(stderr, "\r%*s\r", 72, "");
+      }
+   }
+   void update(mrt::MrtReader const& reader) {
+      if (!on_ || reader.fileSize() == 0) {
+         return;
+      }
+      int percent = static_cast<int>(100 * reader.bytesConsumed() / reader.fileSize());
+      if (percent == last_) {
+         return;
+      }
+      last_ = percent;
+      shown_ = true;
+      int const width = 30, filled = std::min(width, percent * width / 100);
+      std::fprintf(stderr, "\r[%.*s%*s] %3d%% %.30s", filled, "##############################",
+                   width - filled, "", std::min(percent, 100), file_.c_str());
+      std::fflush(stderr);
+   }
+
+ private:
+   std::string file_;
+   bool on_;
+   bool shown_ = false;
+   int last_ = -1;
+};
+
+std::size_t heapInUse() { return mallinfo2().uordblks; }
+
+template <class Map>
+auto topEntries(Map const& counts, unsigned top) {
+   std::vector<std::pair<typename Map::key_type, U64>> entries(counts.begin(), counts.end());
+   std::partial_sort(entries.begin(), entries.begin() + std::min<std::size_t>(top, entries.size()),
+                     entries.end(), [](auto const& a, auto const& b) {
+                        return a.second != b.second ? a.second > b.second : a.first < b.first;
+                     });
+   entries.resize(std::min<std::size_t>(top, entries.size()));
+   return entries;
+}
+
+std::string standardLabel(U32 value) {
+   std::string name = CommList::wellKnownName(value);
+   return CommList::getStringValue(value) + (name.empty() ? "" : " (" + name + ")");
+}
+
+} // namespace
+
+int runStats(StatsOptions const& options) {
+   auto const started = std::chrono::steady_clock::now();
+   std::size_t const heapBefore = heapInUse();
+   auto tables = communityTablesFactory();
+   Totals totals;
+   int status = 0;
+   for (std::string const& file : options.files) {
+      std::string error;
+      auto reader = mrt::MrtReader::open(file, &error);
+      if (!reader) {
+         std::cerr << "qorbgp-comm stats: " << error << '\n';
+         status = 1;
+         continue;
+      }
+      Progress progress(file);
+      mrt::Path path;
+      while (reader->next(path)) {
+         ++totals.paths;
+         PathLists lists = decodePathLists(*tables, path);
+         totals.standard.count(lists.standard);
+         totals.large.count(lists.large);
+         totals.extended.count(lists.extended);
+         totals.ip6.count(lists.ip6);
+         for (std::string& reason : lists.malformed) {
+            ++totals.malformed;
+            ++totals.malformedReasons[std::move(reason)];
+         }
+         if ((totals.paths & 0xffff) == 0) {
+            progress.update(*reader);
+         }
+      }
+      mrt::Report const& report = reader->report();
+      totals.skippedRecords += report.skippedRecords;
+      totals.ignoredRecords += report.ignoredRecords;
+      for (mrt::Problem const& problem : report.problems) {
+         if (totals.problems.size() < 5) {
+            totals.problems.push_back(file + " offset " + std::to_string(problem.offset) + ": " +
+                                      problem.text);
+         }
+      }
+   }
+   double const seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+
+   // The communities by use: every occurrence of a list counts its members.
+   std::unordered_map<U32, U64> standardUse;
+   for (auto const& [list, n] : totals.standard.occurrences) {
+      for (U32 value : *list->commVectorRawPtr()) {
+         standardUse[value] += n;
+      }
+   }
+   std::map<std::string, U64> extendedByKind;
+   for (auto const& [list, n] : totals.extended.occurrences) {
+      for (ExtComm::PtrConst const& comm : *list->commVectorRawPtr()) {
+         extendedByKind[stringValue(comm->classification())] += n;
+      }
+   }
+   std::size_t distinctStandardValues = standardUse.size();
+   std::size_t distinctLargeValues = 0;
+   {
+      std::vector<Acl::CommunityValue> all;
+      for (auto const& [list, n] : totals.large.occurrences) {
+         all.insert(all.end(), list->commVectorRawPtr()->begin(), list->commVectorRawPtr()->end());
+      }
+      std::sort(all.begin(), all.end());
+      distinctLargeValues = static_cast<std::size_t>(std::unique(all.begin(), all.end()) - all.begin());
+   }
+   std::size_t const heapHeld = heapInUse() - std::min(heapInUse(), heapBefore);
+
+   struct Kind {
+      char const* name;
+      U64 attributes, lists;
+      std::size_t values;
+      double sharing;
+   };
+   Kind const kinds[] = {
+      {"standard", totals.standard.attributes, totals.standard.occurrences.size(),
+       distinctStandardValues, totals.standard.sharing()},
+      {"large", totals.large.attributes, totals.large.occurrences.size(), distinctLargeValues,
+       totals.large.sharing()},
+      {"extended", totals.extended.attributes, totals.extended.occurrences.size(),
+       tables->extCommDedupTable()->dedupTable()->size(), totals.extended.sharing()},
+      {"ipv6-extended", totals.ip6.attributes, totals.ip6.occurrences.size(),
+       tables->extCommIp6DedupTable()->dedupTable()->size(), totals.ip6.sharing()},
+   };
+   auto topStandard = topEntries(standardUse, options.top);
+
+   if (options.json) {
+      nlohmann::json out;
+      out["paths"] = totals.paths;
+      out["seconds"] = seconds;
+      for (Kind const& k : kinds) {
+         out["kinds"][k.name] = {{"attributes", k.attributes},
+                                 {"distinctLists", k.lists},
+                                 {"distinctValues", k.values},
+                                 {"sharing", k.sharing}};
+      }
+      out["heapBytesHeld"] = heapHeld;
+      for (auto const& [value, n] : topStandard) {
+         out["topStandard"].push_back({{"community", CommList::getStringValue(value)},
+                                       {"name", CommList::wellKnownName(value)},
+                                       {"paths", n}});
+      }
+      out["extendedByKind"] = extendedByKind;
+      out["malformedAttributes"] = totals.malformed;
+      out["malformedReasons"] = totals.malformedReasons;
+      out["skippedRecords"] = totals.skippedRecords;
+      out["ignoredRecords"] = totals.ignoredRecords;
+      out["problems"] = totals.problems;
+      std::cout << out.dump(2) << '\n';
+      return status;
+   }
+
+   std::cout << std::fixed << std::setprecision(1);
+   std::cout << "paths read        " << totals.paths << "  (" << seconds << " s, "
+             << std::setprecision(0) << (seconds > 0 ? totals.paths / seconds : 0)
+             << " paths/s)\n\n"
+             << std::setprecision(1);
+   std::cout << std::left << std::setw(15) << "kind" << std::right << std::setw(12) << "attributes"
+             << std::setw(16) << "distinct lists" << std::setw(17) << "distinct values"
+             << std::setw(16) << "paths per list" << '\n';
+   for (Kind const& k : kinds) {
+      std::cout << std::left << std::setw(15) << k.name << std::right << std::setw(12)
+                << k.attributes << std::setw(16) << k.lists << std::setw(17) << k.values
+                << std::setw(16) << k.sharing << '\n';
+   }
+   std::cout << "\nheap held by the interned lists and values: " << heapHeld / 1024 << " KiB\n";
+   if (!topStandard.empty()) {
+      std::cout << "\ntop standard communities (paths):\n";
+      for (auto const& [value, n] : topStandard) {
+         std::cout << "  " << std::left << std::setw(28) << standardLabel(value) << std::right
+                   << std::setw(10) << n << '\n';
+      }
+   }
+   if (!extendedByKind.empty()) {
+      std::cout << "\nextended communities by kind (occurrences):\n";
+      for (auto const& [kind, n] : extendedByKind) {
+         std::cout << "  " << std::left << std::setw(44) << kind << std::right << std::setw(10)
+                   << n << '\n';
+      }
+   }
+   std::cout << "\nmalformed community attributes (treat as withdraw): " << totals.malformed << '\n';
+   for (auto const& [reason, n] : totals.malformedReasons) {
+      std::cout << "  " << n << " x " << reason << '\n';
+   }
+   std::cout << "MRT records skipped as damaged: " << totals.skippedRecords
+             << ", ignored (no announcement): " << totals.ignoredRecords << '\n';
+   for (std::string const& problem : totals.problems) {
+      std::cout << "  " << problem << '\n';
+   }
+   return status;
+}
+
+} // namespace QorBgpTools
