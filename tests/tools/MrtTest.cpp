@@ -128,104 +128,47 @@ struct Sample {
    U64 size = 0;
 };
 
+// clang-format off
 Sample writeSample(MrtWriter& w) {
    Sample s;
    w.peerIndexTable(1000, 0x0a000001, "test", kPeers);
-   w.ribEntry(1000, 0, "198.51.100.0/24",
-              std::vector<RibEntry>{{0, 900, {}, {kOrigin, kCommunities}},
-                                    {1, 901, {}, {kOrigin, kLongLarge}}});
-   w.ribEntry(1000, 1, "2001:db8:100::/40",
-              std::vector<RibEntry>{{1, 902, 7, {kExtCommunities}}, {0, 903, 8, {kCommunities}}});
+   w.ribEntry(1000, 0, "198.51.100.0/24", std::vector<RibEntry>{
+      {0, 900, {}, {kOrigin, kCommunities}}, {1, 901, {}, {kOrigin, kLongLarge}}});
+   w.ribEntry(1000, 1, "2001:db8:100::/40", std::vector<RibEntry>{
+      {1, 902, 7, {kExtCommunities}}, {0, 903, 8, {kCommunities}}});
    w.record(1000, 13, 6, // RIB_GENERIC, IPv4 unicast
-            Body()
-               .u32(2)
-               .u16(1)
-               .u8(1)
-               .prefix("203.0.113.0/24")
-               .u16(1)
-               .u16(0)
-               .u32(904)
-               .attrs({kCommunities})
-               .bytes);
+            Body().u32(2).u16(1).u8(1).prefix("203.0.113.0/24").u16(1).u16(0).u32(904)
+               .attrs({kCommunities}).bytes);
    s.damagedOffset = w.offset();
    w.record(1000, 13, 2, // the attribute claims 200 bytes of a 4-byte block
-            Body()
-               .u32(4)
-               .prefix("10.0.0.0/8")
-               .u16(1)
-               .u16(0)
-               .u32(907)
-               .u16(4)
-               .raw({0xc0, 8, 200, 1})
-               .bytes);
+            Body().u32(4).prefix("10.0.0.0/8").u16(1).u16(0).u32(907).u16(4)
+               .raw({0xc0, 8, 200, 1}).bytes);
    w.record(1000, 13, 12, // RIB_GENERIC_ADDPATH, VPNv4: path id, length, label, RD 65000:1, prefix
-            Body()
-               .u32(3)
-               .u16(1)
-               .u8(128)
-               .u32(77)
-               .u8(112)
-               .raw({0x00, 0x10, 0x01})
-               .raw({0, 0, 0xfd, 0xe8, 0, 0, 0, 1})
-               .raw({10, 1, 0})
-               .u16(1)
-               .u16(1)
-               .u32(906)
-               .attrs({kExtCommunities})
-               .bytes);
-   w.bgp4mpUpdate({.timestamp = 2000,
-                   .peerAs = 64501,
-                   .localAs = 64502,
-                   .peerAddress = "192.0.2.9",
-                   .localAddress = "192.0.2.10",
-                   .as4 = false,
+            Body().u32(3).u16(1).u8(128).u32(77).u8(112).raw({0x00, 0x10, 0x01})
+               .raw({0, 0, 0xfd, 0xe8, 0, 0, 0, 1}).raw({10, 1, 0})
+               .u16(1).u16(1).u32(906).attrs({kExtCommunities}).bytes);
+   w.bgp4mpUpdate({.timestamp = 2000, .peerAs = 64501, .localAs = 64502,
+                   .peerAddress = "192.0.2.9", .localAddress = "192.0.2.10", .as4 = false,
                    .attributes = {kOrigin, kCommunities},
                    .prefixes = {"192.0.2.0/25", "192.0.2.128/25"}});
-   w.bgp4mpUpdate({.timestamp = 2001,
-                   .microseconds = 5,
-                   .peerAs = 4200000001,
-                   .localAs = 1,
-                   .peerAddress = "2001:db8::9",
-                   .localAddress = "2001:db8::a",
-                   .extendedTimestamp = true,
-                   .pathId = 42,
-                   .attributes = {kOrigin, kLongLarge},
+   w.bgp4mpUpdate({.timestamp = 2001, .microseconds = 5, .peerAs = 4200000001, .localAs = 1,
+                   .peerAddress = "2001:db8::9", .localAddress = "2001:db8::a",
+                   .extendedTimestamp = true, .pathId = 42, .attributes = {kOrigin, kLongLarge},
                    .prefixes = {"2001:db8:1::/48", "10.9.0.0/16"}});
-   w.bgp4mpUpdate({.timestamp = 2002,
-                   .peerAs = 1,
-                   .localAs = 2,
-                   .peerAddress = "192.0.2.9",
-                   .localAddress = "192.0.2.10",
-                   .withdrawn = {"192.0.2.0/25"}});
+   w.bgp4mpUpdate({.timestamp = 2002, .peerAs = 1, .localAs = 2, .peerAddress = "192.0.2.9",
+                   .localAddress = "192.0.2.10", .withdrawn = {"192.0.2.0/25"}});
    w.record(2003, 16, 5, Body().u32(1).u32(2).u16(0).u16(1).u32(0).u32(0).u16(1).u16(2).bytes);
    w.record(2004, 12, 1, // TABLE_DUMP, IPv4
-            Body()
-               .u16(0)
-               .u16(0)
-               .raw({192, 0, 2, 0})
-               .u8(24)
-               .u8(1)
-               .u32(905)
-               .raw({192, 0, 2, 1})
-               .u16(64500)
-               .attrs({kCommunities})
-               .bytes);
+            Body().u16(0).u16(0).raw({192, 0, 2, 0}).u8(24).u8(1).u32(905).raw({192, 0, 2, 1})
+               .u16(64500).attrs({kCommunities}).bytes);
    w.record(2005, 11, 0, Body().u32(0).bytes); // OSPFv2
    s.truncatedOffset = w.offset();
    w.raw(Body().u32(2006).u16(16).u16(4).u32(100).raw(std::vector<U8>(10, 0)).bytes);
    s.size = w.offset();
 
-   const Attribute mpReach{0x80, 14,
-                           Body()
-                              .u16(2)
-                              .u8(1)
-                              .u8(16)
-                              .raw({0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9})
-                              .u8(0)
-                              .u32(42)
-                              .u8(48)
-                              .raw({0x20, 0x01, 0x0d, 0xb8, 0, 1})
-                              .bytes};
+   const Attribute mpReach{0x80, 14, Body().u16(2).u8(1).u8(16)
+      .raw({0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9}).u8(0)
+      .u32(42).u8(48).raw({0x20, 0x01, 0x0d, 0xb8, 0, 1}).bytes};
    s.paths = {
       path(900, 0, "198.51.100.0/24", {}, {kOrigin, kCommunities}),
       path(901, 1, "198.51.100.0/24", {}, {kOrigin, kLongLargeRead}),
@@ -241,6 +184,7 @@ Sample writeSample(MrtWriter& w) {
    };
    return s;
 }
+// clang-format on
 
 TEST_F(MrtTest, EveryRecordKindReadsBackInEachCompression) {
    for (auto c : {Compression::none, Compression::gzip, Compression::bzip2}) {
@@ -283,19 +227,11 @@ TEST_F(MrtTest, EveryRecordKindReadsBackInEachCompression) {
 // Each damaged record sits between a peer table and a good TABLE_DUMP
 // record: it alone is dropped and reported.
 TEST_F(MrtTest, DamagedRecordIsSkippedAndReadingGoesOn) {
+   // clang-format off
    const Body bgp4mp = Body().u16(1).u16(2).u16(0); // 2-octet ASes, interface index
-   const std::vector<U8> marker(16, 0xff);
-   const auto tableDump = Body()
-                             .u16(0)
-                             .u16(0)
-                             .raw({192, 0, 2, 0})
-                             .u8(24)
-                             .u8(1)
-                             .u32(1)
-                             .raw({192, 0, 2, 1})
-                             .u16(64500)
-                             .attrs({})
-                             .bytes;
+   const Body update = Body(bgp4mp).u16(1).u32(0).u32(0).raw(std::vector<U8>(16, 0xff));
+   const auto tableDump = Body().u16(0).u16(0).raw({192, 0, 2, 0}).u8(24).u8(1).u32(1)
+      .raw({192, 0, 2, 1}).u16(64500).attrs({}).bytes;
    struct Row {
       char const* name;
       U16 type, subtype;
@@ -306,8 +242,7 @@ TEST_F(MrtTest, DamagedRecordIsSkippedAndReadingGoesOn) {
        "TABLE_DUMP_V2 subtype 2: RIB entry 0: peer index 5 outside the peer table of 2 peers"},
       {"long prefix", 13, 2, Body().u32(0).u8(33).raw({10, 0, 0, 0, 0}).u16(0).bytes,
        "TABLE_DUMP_V2 subtype 2: prefix length 33 over 32"},
-      {"entries missing", 13, 4,
-       Body().u32(0).prefix("2001:db8::/32").u16(2).u16(0).u32(0).attrs({}).bytes,
+      {"entries missing", 13, 4, Body().u32(0).prefix("2001:db8::/32").u16(2).u16(0).u32(0).attrs({}).bytes,
        "TABLE_DUMP_V2 subtype 4: RIB entry 1 of 2 cut short"},
       {"trailing", 13, 2, Body().u32(0).prefix("10.0.0.0/8").u16(0).u8(0).bytes,
        "TABLE_DUMP_V2 subtype 2: trailing bytes after the last field: 1"},
@@ -318,39 +253,15 @@ TEST_F(MrtTest, DamagedRecordIsSkippedAndReadingGoesOn) {
       {"short peer table", 13, 1, Body().u32(0).u16(0).u16(1).u8(0).bytes,
        "TABLE_DUMP_V2 subtype 1: peer entry 0 of 1 cut short"},
       {"family", 16, 1, Body(bgp4mp).u16(3).bytes, "BGP4MP subtype 1: address family 3 unknown"},
-      {"message length", 16, 1,
-       Body(bgp4mp).u16(1).u32(0).u32(0).raw(marker).u16(25).u8(2).u16(0).u16(0).bytes,
+      {"message length", 16, 1, Body(update).u16(25).u8(2).u16(0).u16(0).bytes,
        "BGP4MP subtype 1: BGP message length 25 but 23 bytes in the record"},
-      {"no ET stamp", 17, 4, Body().u16(0).bytes,
-       "BGP4MP_ET subtype 4: microsecond timestamp cut short"},
-      {"MP_REACH", 16, 1,
-       Body(bgp4mp)
-          .u16(1)
-          .u32(0)
-          .u32(0)
-          .raw(marker)
-          .u16(29)
-          .u8(2)
-          .u16(0)
-          .u16(6)
-          .raw({0x80, 14, 3, 0, 2, 1})
-          .bytes,
+      {"no ET stamp", 17, 4, Body().u16(0).bytes, "BGP4MP_ET subtype 4: microsecond timestamp cut short"},
+      {"MP_REACH", 16, 1, Body(update).u16(29).u8(2).u16(0).u16(6).raw({0x80, 14, 3, 0, 2, 1}).bytes,
        "BGP4MP subtype 1: MP_REACH_NLRI cut short"},
-      {"NLRI", 16, 1,
-       Body(bgp4mp)
-          .u16(1)
-          .u32(0)
-          .u32(0)
-          .raw(marker)
-          .u16(25)
-          .u8(2)
-          .u16(0)
-          .u16(0)
-          .u8(16)
-          .u8(10)
-          .bytes,
+      {"NLRI", 16, 1, Body(update).u16(25).u8(2).u16(0).u16(0).u8(16).u8(10).bytes,
        "BGP4MP subtype 1: NLRI of 16 bits runs past its data"},
    };
+   // clang-format on
    for (auto const& row : rows) {
       SCOPED_TRACE(row.name);
       auto w = create("damaged");
@@ -371,23 +282,12 @@ TEST_F(MrtTest, DamagedRecordIsSkippedAndReadingGoesOn) {
 
 TEST_F(MrtTest, AddPathNlriUnderPlainSubtypeIsRecognised) {
    auto w = create("addpath");
+   // clang-format off
    w->record(7, 16, 4, // MESSAGE_AS4 whose NLRI carries path id 2
-             Body()
-                .u32(1)
-                .u32(2)
-                .u16(0)
-                .u16(1)
-                .raw({192, 0, 2, 1})
-                .raw({192, 0, 2, 2})
-                .raw(std::vector<U8>(16, 0xff))
-                .u16(31)
-                .u8(2)
-                .u16(0)
-                .u16(0)
-                .u32(2)
-                .u8(24)
-                .raw({172, 17, 0})
-                .bytes);
+             Body().u32(1).u32(2).u16(0).u16(1).raw({192, 0, 2, 1}).raw({192, 0, 2, 2})
+                .raw(std::vector<U8>(16, 0xff)).u16(31).u8(2).u16(0).u16(0)
+                .u32(2).u8(24).raw({172, 17, 0}).bytes);
+   // clang-format on
    ASSERT_TRUE(w->close(nullptr));
    auto paths = readAll("addpath");
    EXPECT_EQ(paths, (std::vector<Path>{{7, "192.0.2.1", 1, "172.17.0.0/24", 2, {}}}));
@@ -500,64 +400,27 @@ TEST_F(MrtTest, WriterProducesTheWireLayout) {
    auto w = create("wire");
    w->ribEntry(0x01020304, 5, "2001:db8::/32",
                std::vector<RibEntry>{{1, 0x0a0b0c0d, 7, {{0x40, 1, {2}}}}});
-   w->bgp4mpUpdate({.timestamp = 0x01020304,
-                    .microseconds = 0x11,
-                    .peerAs = 65536,
-                    .localAs = 1,
-                    .peerAddress = "2001:db8::1",
-                    .localAddress = "2001:db8::2",
-                    .extendedTimestamp = true,
-                    .pathId = 9,
-                    .attributes = {{0x40, 1, {0}}},
+   // clang-format off
+   w->bgp4mpUpdate({.timestamp = 0x01020304, .microseconds = 0x11, .peerAs = 65536, .localAs = 1,
+                    .peerAddress = "2001:db8::1", .localAddress = "2001:db8::2",
+                    .extendedTimestamp = true, .pathId = 9, .attributes = {{0x40, 1, {0}}},
                     .prefixes = {"2001:db8:1::/48"}});
    ASSERT_TRUE(w->close(nullptr));
    const std::vector<U8> ip6{0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
    auto expected = Body()
-                      // RIB_IPV6_UNICAST_ADDPATH
-                      .u32(0x01020304)
-                      .u16(13)
-                      .u16(10)
-                      .u32(27)
-                      .u32(5)
-                      .u8(32)
-                      .raw({0x20, 0x01, 0x0d, 0xb8})
-                      .u16(1)
-                      .u16(1)
-                      .u32(0x0a0b0c0d)
-                      .u32(7)
-                      .u16(4)
-                      .raw({0x40, 1, 1, 2})
-                      // BGP4MP_ET MESSAGE_AS4_ADDPATH
-                      .u32(0x01020304)
-                      .u16(17)
-                      .u16(9)
-                      .u32(110)
-                      .u32(0x11)
-                      .u32(65536)
-                      .u32(1)
-                      .u16(0)
-                      .u16(2)
-                      .raw(ip6)
-                      .u8(1)
-                      .raw(ip6)
-                      .u8(2)
-                      .raw(std::vector<U8>(16, 0xff))
-                      .u16(62)
-                      .u8(2)
-                      .u16(0)
-                      .u16(39)
-                      .raw({0x40, 1, 1, 0})
-                      .raw({0x80, 14, 32})
-                      .u16(2)
-                      .u8(1)
-                      .u8(16)
-                      .raw(ip6)
-                      .u8(1)
-                      .u8(0)
-                      .u32(9)
-                      .u8(48)
-                      .raw({0x20, 0x01, 0x0d, 0xb8, 0, 1})
-                      .bytes;
+      // RIB_IPV6_UNICAST_ADDPATH
+      .u32(0x01020304).u16(13).u16(10).u32(27)
+      .u32(5).u8(32).raw({0x20, 0x01, 0x0d, 0xb8}).u16(1)
+      .u16(1).u32(0x0a0b0c0d).u32(7).u16(4).raw({0x40, 1, 1, 2})
+      // BGP4MP_ET MESSAGE_AS4_ADDPATH
+      .u32(0x01020304).u16(17).u16(9).u32(110)
+      .u32(0x11).u32(65536).u32(1).u16(0).u16(2).raw(ip6).u8(1).raw(ip6).u8(2)
+      .raw(std::vector<U8>(16, 0xff)).u16(62).u8(2)
+      .u16(0).u16(39).raw({0x40, 1, 1, 0})
+      .raw({0x80, 14, 32}).u16(2).u8(1).u8(16).raw(ip6).u8(1).u8(0)
+      .u32(9).u8(48).raw({0x20, 0x01, 0x0d, 0xb8, 0, 1})
+      .bytes;
+   // clang-format on
    auto actual = contents("wire");
    EXPECT_EQ(actual, expected) << "actual   " << hex(actual) << "\nexpected " << hex(expected);
 }
