@@ -32,6 +32,12 @@ void DedupHandle::referencesDecHooked() const noexcept {
 
 namespace KivHoard {
 
+namespace {
+std::atomic<U64> nextSerial{1}; // 0 is never a serial
+} // namespace
+
+DedupHandle::DedupHandle() noexcept : serial_(nextSerial.fetch_add(1, std::memory_order_relaxed)) {}
+
 DedupHandle::~DedupHandle() = default;
 
 } // namespace KivHoard

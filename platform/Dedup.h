@@ -126,13 +126,23 @@ namespace KivHoard {
 // The interning handle of objects that can also be published into the
 // snapshot store (the community lists): a Zup::DedupHandle whose content is
 // restored by the class's own dehoard.
+//
+// Every such object gets a serial number unique in the process for its whole
+// run (a 63-bit counter never wraps in practice): an answer remembered for a
+// serial can never be mistaken for one about another object, even one that
+// later lives at the same address.
 class QORBGP_EXPORT DedupHandle : public Zup::DedupHandle {
  public:
    KIV_POINTER_TYPES(DedupHandle);
 
+   U64 serial() const noexcept { return serial_; }
+
  protected:
-   DedupHandle() noexcept = default;
+   DedupHandle() noexcept;
    ~DedupHandle() override;
+
+ private:
+   U64 const serial_;
 };
 
 } // namespace KivHoard

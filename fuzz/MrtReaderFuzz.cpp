@@ -1,0 +1,45 @@
+// The MRT reader on arbitrary files (the input is the whole file, so gzip and
+// bzip2 streams are read when it starts like one), and the community
+// attributes of every path it hands out through the decoders, as the tool
+// does.
+//
+// Beyond "no crash": the report counts the paths handed out, keeps at most
+// kMaxProblemsKept problems, never reads more of a plain file than it has,
+// and the reader stays at its end once there.
+#include "QorBgp/QorBgpCommunityDecode.h"
+#include "fuzz/FuzzSupport.h"
+#include "tools/mrt/MrtReader.h"
+
+#include <string>
+
+using namespace QorBgpTools::mrt;
+using namespace Routing::Bgp;
+
+extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
+   static QorBgpFuzz::MemoryFile file;
+   static CommunityTables::Ptr const tables = communityTablesFactory();
+
+   std::string error;
+   auto reader = MrtReader::open(file.contentIs({data, size}), &error);
+   QORBGP_FUZZ_CHECK(reader != nullptr);
+
+   U64 paths = 0;
+   Path path;
+   while (reader->next(path)) {
+      ++paths;
+      for (Attribute const& attribute : path.attributes) {
+         auto result = decodeAttribute(*tables, attribute.typeCode, attribute.value);
+         QORBGP_FUZZ_CHECK(result.ok() || !result.reason.empty());
+      }
+   }
+   QORBGP_FUZZ_CHECK(!reader->next(path));
+
+   Report const& report = reader->report();
+   QORBGP_FUZZ_CHECK(report.paths == paths);
+   QORBGP_FUZZ_CHECK(report.problems.size() <= kMaxProblemsKept);
+   QORBGP_FUZZ_CHECK(report.skippedRecords + report.ignoredRecords <= report.records);
+   if (reader->compression() == Compression::none) {
+      QORBGP_FUZZ_CHECK(report.bytesRead <= size);
+   }
+   return 0;
+}

@@ -1,0 +1,84 @@
+// The memo must give exactly the uncached answer. Built into the stress
+// program, so the two-thread case also runs under ThreadSanitizer.
+#include "QorBgp/QorBgpCommunityListMatchMemo.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace Routing::Bgp {
+namespace {
+
+using Routing::RouteMap::PosixRegex;
+
+char const* const patterns[] = {"^65535:", "(^| )[0-9]+:666( |$)", "no-export", "^1:", "5 "};
+
+CommList::PtrConst randomList(CommListDedupTable const& table, std::mt19937& random) {
+   CommList::Ptr list = commListFactory();
+   for (unsigned n = random() % 4; n > 0; --n) {
+      U32 const special[] = {0xFFFFFF01, 0xFFFF029A, 0x0001029A};
+      list->commIs(random() % 3 == 0 ? special[random() % 3] : (random() % 3) << 16 | random() % 8);
+   }
+   return list->dedup(&table);
+}
+
+TEST(RouteMapMatchMemo, AnswersExactlyAsTheListOverReleasesAndReusedAddresses) {
+   auto table = commListDedupTableFactory();
+   std::mt19937 random(11);
+   for (char const* pattern : patterns) {
+      SCOPED_TRACE(pattern);
+      PosixRegex::PtrConst regex = new PosixRegex(pattern);
+      RouteMapMatchMemo memo(regex, 8); // few slots: evictions happen too
+      std::vector<CommList::PtrConst> held(16);
+      for (int round = 0; round < 3000; ++round) {
+         // Drop and rebuild lists at random, so addresses get reused by
+         // lists of other contents.
+         std::size_t const i = random() % held.size();
+         held[i] = random() % 2 ? randomList(*table, random) : nullptr;
+         for (auto const& list : held) {
+            if (list) {
+               ASSERT_EQ(memo.matchCommunitiesRegex(*list),
+                         list->matchCommunitiesRegex(regex.get()))
+                  << "round " << round << " list " << list->toStrep();
+            }
+         }
+      }
+   }
+}
+
+TEST(RouteMapMatchMemo, TwoThreadsShareOneMemo) {
+   QorBgpGlobals::multiThreadedIs(true);
+   auto table = commListDedupTableFactory();
+   std::mt19937 random(5);
+   std::vector<CommList::PtrConst> lists;
+   for (int i = 0; i < 200; ++i) {
+      lists.push_back(randomList(*table, random));
+   }
+   PosixRegex::PtrConst regex = new PosixRegex("(^| )[0-9]+:666( |$)");
+   RouteMapMatchMemo memo(regex, 64);
+   std::vector<bool> expected;
+   for (auto const& list : lists) {
+      expected.push_back(list->matchCommunitiesRegex(regex.get()));
+   }
+   int mismatches[2] = {0, 0};
+   std::vector<std::thread> threads;
+   for (int t = 0; t < 2; ++t) {
+      threads.emplace_back([&, t] {
+         for (int round = 0; round < 50; ++round) {
+            for (std::size_t i = 0; i < lists.size(); ++i) {
+               std::size_t const k = (i * (t + 1) + round) % lists.size();
+               mismatches[t] += memo.matchCommunitiesRegex(*lists[k]) != expected[k];
+            }
+         }
+      });
+   }
+   for (auto& thread : threads) {
+      thread.join();
+   }
+   EXPECT_EQ(mismatches[0] + mismatches[1], 0);
+}
+
+} // namespace
+} // namespace Routing::Bgp
