@@ -4,7 +4,8 @@
 #   ./build.sh run     install what is missing, build (Release), write a synthetic RIB dump
 #                      and print the community statistics of it
 #   ./build.sh test    install what is missing, build (Sanitize), run every test, then
-#                      the concurrency stress tests again under ThreadSanitizer
+#                      the concurrency stress tests again under ThreadSanitizer, then
+#                      every fuzz target for a few seconds
 #   ./build.sh bench   install what is missing, build (Release), run the benchmarks
 #
 # Missing Debian packages are installed with apt-get when run as root; other
@@ -12,7 +13,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-packages=(g++ cmake ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev libabsl-dev libboost-dev zlib1g-dev libbz2-dev libcli11-dev nlohmann-json3-dev bgpdump)
+packages=(g++ cmake ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev libabsl-dev libboost-dev zlib1g-dev libbz2-dev libcli11-dev nlohmann-json3-dev bgpdump clang-14 libclang-rt-14-dev)
 
 install_missing() {
    local missing=()
@@ -44,6 +45,29 @@ configure_and_build() {
    cmake --build "$2" -j "$(nproc)"
 }
 
+# run_fuzzers <seconds>: every fuzz target (one per folder of fuzz/corpus) for
+# that long, over a copy of its seed corpus under build/fuzz, so that the
+# inputs a run adds never land in the source tree. A crash stops the build,
+# its input kept as build/fuzz/crash-<target>-*.
+run_fuzzers() {
+   local seconds=$1 corpus target
+   for corpus in fuzz/corpus/*/; do
+      target=$(basename "$corpus")
+      rm -rf "build/fuzz/corpus/$target"
+      mkdir -p build/fuzz/corpus
+      cp -r "$corpus" "build/fuzz/corpus/$target"
+      echo "build.sh: fuzzing $target for ${seconds}s"
+      if ! "build/fuzz/fuzz/$target" -max_total_time="$seconds" -timeout=10 \
+            -artifact_prefix="build/fuzz/crash-$target-" "build/fuzz/corpus/$target" \
+            >"build/fuzz/$target.log" 2>&1; then
+         tail -n 60 "build/fuzz/$target.log" >&2
+         echo "build.sh: $target failed; its input is build/fuzz/crash-$target-*" >&2
+         exit 1
+      fi
+      grep -E '^Done [0-9]+ runs' "build/fuzz/$target.log" || true
+   done
+}
+
 mode=${1:-run}
 case "$mode" in
    run)
@@ -61,7 +85,12 @@ case "$mode" in
       # The concurrency stress tests again, under ThreadSanitizer.
       configure Tsan build/tsan -DQORBGP_WERROR=ON -DQORBGP_BUILD_BENCH=OFF
       cmake --build build/tsan -j "$(nproc)" --target QorBgpStressTests
-      ctest --test-dir build/tsan --output-on-failure -R Stress
+      ctest --test-dir build/tsan --output-on-failure -E _NOT_BUILT
+      # Every fuzz target for a few seconds (clang, libFuzzer, ASan + UBSan).
+      configure RelWithDebInfo build/fuzz -DCMAKE_CXX_COMPILER=clang++-14 -DQORBGP_FUZZ=ON \
+         -DQORBGP_BUILD_TESTS=OFF -DQORBGP_BUILD_BENCH=OFF -DQORBGP_WERROR=ON
+      cmake --build build/fuzz -j "$(nproc)" --target qorbgp-fuzzers
+      run_fuzzers 12
       ;;
    bench)
       install_missing

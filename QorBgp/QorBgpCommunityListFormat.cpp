@@ -15,14 +15,16 @@ void writeExtComm(std::ostream& os, ExtComm::PtrConst const& comm) { os << comm;
 
 } // namespace
 
+// Standard lists are the most printed: their text is built in a stack
+// buffer and written in one piece.
+constexpr std::size_t standardTextCapacity = 1024;
+
 void formatCommList(std::ostream& os, CommList const* list) {
-   formatListElements(
-      os, list ? list->commVectorRawPtr() : nullptr,
-      [](std::ostream& out, U32 value) {
-         std::string name = CommList::wellKnownName(value);
-         out << (name.empty() ? CommList::getStringValue(value) : name);
-      },
-      false, " ");
+   if (list) {
+      Kiv::DynamicBuffer<standardTextCapacity> text;
+      list->appendText(text);
+      os.write(text.data(), static_cast<std::streamsize>(text.size()));
+   }
 }
 
 void formatCommList(std::ostream& os, LargeCommList const* list) {
@@ -118,7 +120,11 @@ std::string ExtCommClassificationList::toStrep() const {
    return stringify<ExtCommClassificationList>(this);
 }
 
-std::string CommList::toStrep() const { return stringify<CommList>(this); }
+std::string CommList::toStrep() const {
+   Kiv::DynamicBuffer<standardTextCapacity> text;
+   appendText(text);
+   return text.str();
+}
 
 std::string LargeCommList::toStrep() const { return stringify<LargeCommList>(this); }
 

@@ -27,7 +27,8 @@ namespace Routing::Bgp {
 
 class QORBGP_EXPORT RouteMapMatchMemo {
  public:
-   static constexpr std::size_t defaultSlots = 4096;
+   // Enough for the distinct lists of several full tables (512 KiB).
+   static constexpr std::size_t defaultSlots = 1 << 16;
 
    // `regex` must not be null. `slots` is rounded up to a power of two.
    explicit RouteMapMatchMemo(Routing::RouteMap::PosixRegex::PtrConst regex,

@@ -59,7 +59,7 @@ std::string_view wellKnownNameOf(U32 value) {
 }
 
 // The communities separated by single spaces, each in colon form or, with
-// `names`, by its well-known name when it has one; NUL-terminated.
+// `names`, by its well-known name when it has one.
 void appendPolicyText(Kiv::DynamicBufferInterface& out, CommList::CommVector const& comms,
                       bool names) {
    for (std::size_t i = 0; i < comms.size(); ++i) {
@@ -73,7 +73,6 @@ void appendPolicyText(Kiv::DynamicBufferInterface& out, CommList::CommVector con
          out.append(name);
       }
    }
-   out.append('\0');
 }
 
 } // namespace
@@ -181,10 +180,12 @@ bool CommList::compareByContent(Zup::DedupContentHandle const&) const noexcept {
 std::string CommList::serialize() const {
    QOR_ASSERT(commVectorSorted());
    SerializePathAttribute out(community, optionalTransitive, 4 * comms());
-   for (U32 value : commVector_) {
-      out.addU32hton(value);
-   }
+   out.addU32htonArray(commVector_);
    return out.serializedString();
+}
+
+void CommList::appendText(Kiv::DynamicBufferInterface& out) const {
+   appendPolicyText(out, commVector_, true);
 }
 
 CommListSnapshot::Ptr CommList::commSnapshot() const {
@@ -200,11 +201,13 @@ bool CommList::matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex)
    QOR_ASSERT(commVectorSorted());
    Kiv::DynamicBuffer<policyTextInlineCapacity> text;
    appendPolicyText(text, commVector_, false);
+   text.append('\0');
    if (regex->execute(text.data()) == 0) {
       return true;
    }
    text.clear();
    appendPolicyText(text, commVector_, true);
+   text.append('\0');
    return regex->execute(text.data()) == 0;
 }
 

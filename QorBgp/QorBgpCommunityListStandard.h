@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/Dedup.h"
+#include "platform/DynamicBuffer.h"
 #include "platform/Hoard.h"
 #include "platform/Enum.h"
 #include "platform/Export.h"
@@ -181,6 +182,8 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    std::string serialize() const;
    // The list's text (see QorBgpCommunityListFormat.h).
    std::string toStrep() const;
+   // Appends that text: names for well-known communities, colon form otherwise.
+   void appendText(Kiv::DynamicBufferInterface& out) const;
 
    // The flags word of a stored list: sorted, then the three cached flags.
    static constexpr U32 storedSortedFlag = 1;

@@ -62,6 +62,23 @@ void Serialize::addU64hton(U64 value) {
 
 void Serialize::addBytes(std::span<U8 const> bytes) { write(bytes.data(), bytes.size()); }
 
+void Serialize::addU32htonArray(std::span<U32 const> values) {
+   std::size_t const count = values.size() * sizeof(U32);
+   if (count == 0) {
+      return;
+   }
+   if (count > buffer_.size() - writeOffset_) {
+      buffer_.resize(writeOffset_ + count);
+   }
+   char* out = buffer_.data() + writeOffset_;
+   for (U32 value : values) {
+      U32 const wire = toNetworkOrder(value);
+      std::memcpy(out, &wire, sizeof wire);
+      out += sizeof wire;
+   }
+   writeOffset_ += count;
+}
+
 void Serialize::growBuffer(std::size_t extra) {
    buffer_.reserve(writeOffset_ + extra);
 }

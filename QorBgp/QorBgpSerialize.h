@@ -41,6 +41,8 @@ class QORBGP_EXPORT Serialize {
    // WARNING: `bytes` must not view this writer's own data; growing the
    // storage would free it before the copy.
    void addBytes(std::span<U8 const> bytes);
+   // Each value in network byte order, in one write.
+   void addU32htonArray(std::span<U32 const> values);
 
    // Makes room for at least `extra` bytes after the write position, so that
    // writing them allocates nothing. Written data is kept.

@@ -40,7 +40,6 @@ constexpr std::size_t anchorOffset = 24;
 constexpr U8 keepHeader = 0x01;
 constexpr U8 keepAnchor = 0x02;
 constexpr U8 fromRoot = 0x80;
-constexpr std::size_t restoreBytes = 9;
 // The longest lists the attribute encoders take (65535 value bytes).
 constexpr U32 maxSerializableCommunities = 16383;
 constexpr U32 maxSerializableLargeCommunities = 5461;
@@ -76,7 +75,7 @@ class Reader {
 };
 
 void restore(U8 kind, void const* location, hoard::StoreManager& store) {
-   switch (kind % 5) {
+   switch ((kind & ~fromRoot) % 5) {
    case 0:
       if (CommList::PtrConst list = CommList::dehoard(location, &store)) {
          (void)list->toStrep();

@@ -18,8 +18,8 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <stdexcept>
 #include <random>
+#include <stdexcept>
 #include <vector>
 
 namespace {
@@ -47,7 +47,9 @@ struct Segment {
          "QorBgpHoardFailureTest." + std::to_string(getpid()) + "." + std::to_string(++counter);
       name = file ? (std::filesystem::temp_directory_path() / base).string() : base;
    }
-   ~Segment() { file ? StoreWriter::removeMappedFile(name) : StoreWriter::removeSharedMemory(name); }
+   ~Segment() {
+      file ? StoreWriter::removeMappedFile(name) : StoreWriter::removeSharedMemory(name);
+   }
    StoreWriter create(U64 size) const {
       return file ? StoreWriter::createMappedFile(name, size)
                   : StoreWriter::createSharedMemory(name, size);
@@ -214,8 +216,21 @@ TEST(HoardFailure, FindNeverReturnsAnAddressOutsideTheSegment) {
    base -= headerSize;
    std::mt19937_64 random(20240611);
    // Values near the boundaries, and products that wrap to nothing or to little.
-   U64 const interesting[] = {0, 1, 4, 8, 12, 63, 64, 1016, 1024, 1025, U64{1} << 32,
-                              (U64{1} << 32) + 1, U64{1} << 61, UINT64_MAX / 4 + 1, UINT64_MAX};
+   U64 const interesting[] = {0,
+                              1,
+                              4,
+                              8,
+                              12,
+                              63,
+                              64,
+                              1016,
+                              1024,
+                              1025,
+                              U64{1} << 32,
+                              (U64{1} << 32) + 1,
+                              U64{1} << 61,
+                              UINT64_MAX / 4 + 1,
+                              UINT64_MAX};
    auto const any = [&] {
       return random() % 2 ? interesting[random() % std::size(interesting)] : random() % 1100;
    };
@@ -225,9 +240,8 @@ TEST(HoardFailure, FindNeverReturnsAnAddressOutsideTheSegment) {
       bool const inside = offset >= headerSize && offset % alignment == 0 &&
                           Wide{offset} + Wide{count} * size <= store.size();
       void const* found = store.find(Location(offset), count, size, alignment);
-      ASSERT_EQ(found != nullptr, inside)
-         << "offset " << offset << " count " << count << " size " << size << " alignment "
-         << alignment;
+      ASSERT_EQ(found != nullptr, inside) << "offset " << offset << " count " << count << " size "
+                                          << size << " alignment " << alignment;
       ASSERT_TRUE(found == nullptr || found == base + offset);
    }
 }

@@ -1,0 +1,364 @@
+// The library on a real workload: the community attributes of RouteViews and
+// RIPE RIS dumps, one line per attribute occurrence ("<type code> <hex
+// value>", gzip allowed), given on the command line:
+//
+//   build/release/bench/qorbgp-workload-bench /path/to/*.attrs.gz
+//
+// Without files it makes a synthetic workload of the same shape. Every figure
+// is reported per attribute occurrence next to a floor, the same work done
+// the cheapest way one can write it, measured in the same run:
+//   decode + intern   64-bit keys in absl::flat_hash_set for values, a sorted
+//                     exact-size array of list hashes looked up by binary search
+//   text              std::to_chars into a stack buffer
+//   wire output       a byte copy
+// so that the ratio column holds on a noisy machine.
+#include "HeapCounter.h"
+
+#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgp/QorBgpCommunityListMatchMemo.h"
+#include "platform/Hash.h"
+
+#include <absl/container/flat_hash_set.h>
+#include <benchmark/benchmark.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cstring>
+#include <iostream>
+#include <random>
+#include <thread>
+
+using namespace Routing::Bgp;
+
+namespace {
+
+struct Occurrence {
+   U8 type;
+   std::vector<U8> value;
+};
+
+std::vector<Occurrence> workload;
+
+void loadFile(char const* path) {
+   gzFile in = gzopen(path, "rb");
+   if (!in) {
+      std::cerr << "qorbgp-workload-bench: cannot open " << path << '\n';
+      return;
+   }
+   char line[1 << 16];
+   while (gzgets(in, line, sizeof line)) {
+      char* space = std::strchr(line, ' ');
+      if (!space) {
+         continue;
+      }
+      std::string_view hex(space + 1);
+      while (!hex.empty() && (hex.back() == '\n' || hex.back() == '\r')) {
+         hex.remove_suffix(1);
+      }
+      auto bytes = parseHex(hex);
+      if (bytes) {
+         workload.push_back({static_cast<U8>(std::atoi(line)), std::move(*bytes)});
+      }
+   }
+   gzclose(in);
+}
+
+// Real tables' shape: ~560k occurrences over ~17.6k distinct lists, mostly
+// standard, some large and extended.
+void synthesize() {
+   std::mt19937 random(3);
+   std::vector<Occurrence> distinct;
+   for (int i = 0; i < 17600; ++i) {
+      Occurrence o{static_cast<U8>(i % 25 == 0 ? 32 : i % 40 == 1 ? 16 : 8), {}};
+      int const element = o.type == 8 ? 4 : o.type == 32 ? 12 : 8;
+      for (int n = (1 + random() % 8) * element; n > 0; --n) {
+         o.value.push_back(static_cast<U8>(random()));
+      }
+      if (o.type == 16) {
+         for (std::size_t k = 0; k < o.value.size(); k += 8) {
+            o.value[k] = 0x00, o.value[k + 1] = 0x02; // route targets
+         }
+      }
+      distinct.push_back(std::move(o));
+   }
+   for (int i = 0; i < 560000; ++i) {
+      double u = std::uniform_real_distribution<double>(0, 1)(random);
+      workload.push_back(distinct[static_cast<std::size_t>(distinct.size() * u * u * u)]);
+   }
+}
+
+// ---- The floor ---------------------------------------------------------------
+
+struct Floor {
+   absl::flat_hash_set<U64> values;
+   std::vector<U32> listHashes; // sorted, exact size
+
+   static U32 listHash(std::span<U8 const> bytes) { return Kiv::jenkinsOneAtATime(bytes); }
+
+   // Interns the values of one occurrence and looks its list up.
+   bool intern(Occurrence const& o) {
+      std::size_t const element = o.type == 32 ? 12 : o.type == 8 ? 4 : 8;
+      for (std::size_t k = 0; k + element <= o.value.size(); k += element) {
+         U64 key = 0;
+         std::memcpy(&key, o.value.data() + k, std::min<std::size_t>(element, 8));
+         values.insert(key);
+      }
+      U32 const h = listHash(o.value);
+      return std::binary_search(listHashes.begin(), listHashes.end(), h);
+   }
+};
+
+template <class F>
+double nsPerOccurrence(F&& pass, int repeats = 3) {
+   std::vector<double> times;
+   for (int r = 0; r < repeats; ++r) {
+      auto start = std::chrono::steady_clock::now();
+      pass();
+      times.push_back(std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count());
+   }
+   std::sort(times.begin(), times.end());
+   return times[times.size() / 2] / double(workload.size());
+}
+
+// The decoded lists of one pass, held so that "full" tables stay full.
+struct Decoded {
+   std::vector<CommList::PtrConst> standard;
+   std::vector<LargeCommList::PtrConst> large;
+   std::vector<ExtCommList::PtrConst> extended;
+};
+
+void decodeAll(CommunityTables const& tables, Decoded* keep) {
+   for (Occurrence const& o : workload) {
+      auto result = decodeAttribute(tables, o.type, o.value);
+      if (keep) {
+         if (auto* s = std::get_if<CommList::PtrConst>(&result.list)) keep->standard.push_back(*s);
+         if (auto* l = std::get_if<LargeCommList::PtrConst>(&result.list)) keep->large.push_back(*l);
+         if (auto* e = std::get_if<ExtCommList::PtrConst>(&result.list)) keep->extended.push_back(*e);
+      }
+      benchmark::DoNotOptimize(result);
+   }
+}
+
+Floor fullFloor() {
+   Floor floor;
+   for (Occurrence const& o : workload) {
+      floor.listHashes.push_back(Floor::listHash(o.value));
+   }
+   std::sort(floor.listHashes.begin(), floor.listHashes.end());
+   floor.listHashes.erase(std::unique(floor.listHashes.begin(), floor.listHashes.end()),
+                          floor.listHashes.end());
+   floor.listHashes.shrink_to_fit();
+   return floor;
+}
+
+void setRatio(benchmark::State& state, double ns, double floorNs) {
+   state.counters["ns_per_attr"] = ns;
+   state.counters["floor_ns"] = floorNs;
+   state.counters["ratio"] = floorNs > 0 ? ns / floorNs : 0;
+}
+
+void BM_DecodeInternEmptyTables(benchmark::State& state) {
+   double ns = 0;
+   for (auto _ : state) {
+      ns = nsPerOccurrence([] {
+         auto tables = communityTablesFactory();
+         decodeAll(*tables, nullptr);
+      }, 1);
+   }
+   double const floorNs = nsPerOccurrence([] {
+      Floor floor;
+      for (Occurrence const& o : workload) {
+         benchmark::DoNotOptimize(floor.intern(o));
+         floor.listHashes.push_back(Floor::listHash(o.value)); // a new list every time
+      }
+   });
+   setRatio(state, ns, floorNs);
+}
+
+void BM_DecodeInternFullTables(benchmark::State& state) {
+   auto tables = communityTablesFactory();
+   Decoded held;
+   decodeAll(*tables, &held);
+   double ns = 0;
+   for (auto _ : state) {
+      ns = nsPerOccurrence([&] { decodeAll(*tables, nullptr); }, 1);
+   }
+   Floor floor = fullFloor();
+   double const floorNs = nsPerOccurrence([&] {
+      for (Occurrence const& o : workload) {
+         benchmark::DoNotOptimize(floor.intern(o));
+      }
+   });
+   setRatio(state, ns, floorNs);
+}
+
+void BM_StandardListText(benchmark::State& state) {
+   auto tables = communityTablesFactory();
+   Decoded held;
+   decodeAll(*tables, &held);
+   double ns = 0;
+   for (auto _ : state) {
+      ns = nsPerOccurrence([&] {
+         for (auto const& list : held.standard) benchmark::DoNotOptimize(list->toStrep());
+      }, 1) * double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
+   }
+   double const floorNs = nsPerOccurrence([&] {
+      for (auto const& list : held.standard) {
+         char buffer[16 * 1024];
+         char* p = buffer;
+         for (U32 v : *list->commVectorRawPtr()) {
+            if (p + 24 > buffer + sizeof buffer) {
+               break; // longer lists are rare; their tail is not rendered
+            }
+            p = std::to_chars(p, buffer + sizeof buffer, v >> 16).ptr;
+            *p++ = ':';
+            p = std::to_chars(p, buffer + sizeof buffer, v & 0xffff).ptr;
+            *p++ = ' ';
+         }
+         benchmark::DoNotOptimize(std::string(buffer, p));
+      }
+   }) * double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
+   setRatio(state, ns, floorNs);
+}
+
+void BM_StandardListWire(benchmark::State& state) {
+   auto tables = communityTablesFactory();
+   Decoded held;
+   decodeAll(*tables, &held);
+   double ns = 0;
+   for (auto _ : state) {
+      ns = nsPerOccurrence([&] {
+         for (auto const& list : held.standard) benchmark::DoNotOptimize(list->serialize());
+      }, 1) * double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
+   }
+   double const floorNs = nsPerOccurrence([&] {
+      for (auto const& list : held.standard) {
+         auto const& v = *list->commVectorRawPtr();
+         std::string out(3 + 4 * v.size(), '\0');
+         std::memcpy(out.data() + 3, v.data(), 4 * v.size());
+         benchmark::DoNotOptimize(out);
+      }
+   }) * double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
+   setRatio(state, ns, floorNs);
+}
+
+// Route-map matching of every occurrence, afresh and through the memo.
+void BM_RouteMapMatch(benchmark::State& state) {
+   static char const* const patterns[] = {"^65535:", "(^| )[0-9]+:666( |$)", "no-export",
+                                          "RT:[0-9]+:100( |$)"};
+   auto tables = communityTablesFactory();
+   Decoded held;
+   decodeAll(*tables, &held);
+   Routing::RouteMap::PosixRegex::PtrConst regex =
+      new Routing::RouteMap::PosixRegex(patterns[state.range(0)]);
+   RouteMapMatchMemo memo(regex);
+   double fresh = 0, memoNs = 0;
+   for (auto _ : state) {
+      fresh = nsPerOccurrence([&] {
+         for (auto const& l : held.standard) benchmark::DoNotOptimize(l->matchCommunitiesRegex(regex.get()));
+         for (auto const& l : held.large) benchmark::DoNotOptimize(l->matchCommunitiesRegex(regex.get()));
+         for (auto const& l : held.extended) benchmark::DoNotOptimize(l->matchCommunitiesRegex(regex.get()));
+      }, 1);
+      memoNs = nsPerOccurrence([&] {
+         for (auto const& l : held.standard) benchmark::DoNotOptimize(memo.matchCommunitiesRegex(*l));
+         for (auto const& l : held.large) benchmark::DoNotOptimize(memo.matchCommunitiesRegex(*l));
+         for (auto const& l : held.extended) benchmark::DoNotOptimize(memo.matchCommunitiesRegex(*l));
+      }, 1);
+   }
+   state.SetLabel(patterns[state.range(0)]);
+   state.counters["ns_per_attr"] = fresh;
+   state.counters["memo_ns"] = memoNs;
+   state.counters["memo_speedup"] = memoNs > 0 ? fresh / memoNs : 0;
+}
+
+// Interning from one and two threads into multi-threaded tables (empty each
+// round): attributes per second.
+void BM_MultiThreadedIntern(benchmark::State& state) {
+   QorBgpGlobals::multiThreadedIs(true);
+   int const threads = static_cast<int>(state.range(0));
+   double perSecond = 0;
+   for (auto _ : state) {
+      auto tables = communityTablesFactory();
+      auto start = std::chrono::steady_clock::now();
+      std::vector<std::thread> workers;
+      for (int t = 0; t < threads; ++t) {
+         workers.emplace_back([&, t] {
+            for (std::size_t i = t; i < workload.size(); i += threads) {
+               auto const& o = workload[i];
+               benchmark::DoNotOptimize(decodeAttribute(*tables, o.type, o.value));
+            }
+         });
+      }
+      for (auto& w : workers) w.join();
+      perSecond = double(workload.size()) /
+                  std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+   }
+   QorBgpGlobals::multiThreadedIs(false);
+   Kiv::PtrInterface::threadSafeIs(false);
+   state.counters["attrs_per_s"] = perSecond;
+}
+
+// Heap per distinct list of each kind, against the floor's bytes for the
+// same lists (their values in an exact-size array plus one hash-table slot),
+// and a million paths each holding one reference to its list.
+void BM_Memory(benchmark::State& state) {
+   double perStandard = 0, floorStandard = 0, millionPathsExtra = 0;
+   std::size_t distinctStandard = 0;
+   for (auto _ : state) {
+      std::size_t const before = bench::liveHeapBytes();
+      auto tables = communityTablesFactory();
+      Decoded held;
+      decodeAll(*tables, &held);
+      std::sort(held.standard.begin(), held.standard.end());
+      held.standard.erase(std::unique(held.standard.begin(), held.standard.end()), held.standard.end());
+      distinctStandard = held.standard.size();
+      std::size_t valueBytes = 0;
+      for (auto const& l : held.standard) valueBytes += 4 * l->comms();
+      // Only the standard lists stay alive for this measurement.
+      held.large.clear();
+      held.extended.clear();
+      std::size_t const heldBytes = bench::liveHeapBytes() - before - held.standard.capacity() * 8;
+      perStandard = double(heldBytes) / double(std::max<std::size_t>(1, distinctStandard));
+      floorStandard = double(valueBytes + distinctStandard * 16) / double(std::max<std::size_t>(1, distinctStandard));
+
+      std::size_t const beforePaths = bench::liveHeapBytes();
+      std::vector<CommList::PtrConst> paths;
+      paths.reserve(1000000);
+      for (std::size_t i = 0; i < 1000000 && !held.standard.empty(); ++i) {
+         paths.push_back(held.standard[i % held.standard.size()]);
+      }
+      millionPathsExtra = double(bench::liveHeapBytes() - beforePaths) - double(paths.capacity() * 8);
+   }
+   state.counters["distinct_standard_lists"] = double(distinctStandard);
+   state.counters["bytes_per_standard_list"] = perStandard;
+   state.counters["floor_bytes"] = floorStandard;
+   state.counters["ratio"] = floorStandard > 0 ? perStandard / floorStandard : 0;
+   state.counters["million_paths_extra_bytes"] = millionPathsExtra;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+   benchmark::Initialize(&argc, argv);
+   for (int i = 1; i < argc; ++i) {
+      loadFile(argv[i]);
+   }
+   if (workload.empty()) {
+      std::cerr << "qorbgp-workload-bench: no attribute files given: a synthetic workload\n";
+      synthesize();
+   }
+   std::cerr << "qorbgp-workload-bench: " << workload.size() << " attribute occurrences\n";
+   Kiv::PtrInterface::threadSafeIs(false);
+   benchmark::RegisterBenchmark("DecodeIntern/emptyTables", BM_DecodeInternEmptyTables)->Iterations(3)->Unit(benchmark::kMillisecond);
+   benchmark::RegisterBenchmark("DecodeIntern/fullTables", BM_DecodeInternFullTables)->Iterations(3)->Unit(benchmark::kMillisecond);
+   benchmark::RegisterBenchmark("StandardList/text", BM_StandardListText)->Iterations(3)->Unit(benchmark::kMillisecond);
+   benchmark::RegisterBenchmark("StandardList/wire", BM_StandardListWire)->Iterations(3)->Unit(benchmark::kMillisecond);
+   benchmark::RegisterBenchmark("RouteMapMatch", BM_RouteMapMatch)->DenseRange(0, 3)->Iterations(2)->Unit(benchmark::kMillisecond);
+   benchmark::RegisterBenchmark("MultiThreadedIntern/threads", BM_MultiThreadedIntern)->Arg(1)->Arg(2)->Iterations(3)->Unit(benchmark::kMillisecond);
+   benchmark::RegisterBenchmark("Memory", BM_Memory)->Iterations(1)->Unit(benchmark::kMillisecond);
+   benchmark::RunSpecifiedBenchmarks();
+   benchmark::Shutdown();
+   return 0;
+}
