@@ -114,12 +114,17 @@ CommunityDecodeResult<CommList::PtrConst> decodeCommunities(CommunityTables cons
        !error.empty()) {
       return malformed<CommList::PtrConst>(std::move(error));
    }
-   CommList::Ptr list = commListFactory();
-   list->commVectorRawPtrNonConst()->reserve(value.size() / communitySize);
-   for (std::size_t at = 0; at < value.size(); at += communitySize) {
-      list->commIs(loadNetworkOrder<U32>(value.data() + at));
+   // Looked up before any list is built: most attributes carry a list the
+   // table already holds. Typical lists fit the stack buffer.
+   constexpr std::size_t inlineValues = 64;
+   std::size_t const count = value.size() / communitySize;
+   U32 inlineBuffer[inlineValues];
+   std::vector<U32> heapBuffer(count > inlineValues ? count : 0);
+   std::span<U32> values(count > inlineValues ? heapBuffer.data() : inlineBuffer, count);
+   for (std::size_t i = 0; i < count; ++i) {
+      values[i] = loadNetworkOrder<U32>(value.data() + i * communitySize);
    }
-   return decoded(list->dedup(tables.commListDedupTable().get()));
+   return decoded(CommList::dedupValues(tables.commListDedupTable().get(), values));
 }
 
 CommunityDecodeResult<LargeCommList::PtrConst> decodeLargeCommunities(CommunityTables const& tables,

@@ -102,6 +102,23 @@ CommListSnapshot::CommListSnapshot() = default;
 
 CommListSnapshot::~CommListSnapshot() = default;
 
+namespace {
+
+// What dedupValues looks a list up by: its sorted, unique values.
+struct CommListContent : Zup::DedupContentHandle {
+   std::span<U32 const> values;
+};
+
+U32 valuesHash(std::span<U32 const> values) noexcept {
+   U32 hash = 0;
+   for (U32 value : values) {
+      hash = detail::jenkinsAddU32(hash, value);
+   }
+   return Kiv::jenkinsFinish(hash);
+}
+
+} // namespace
+
 CommList::CommList() noexcept = default;
 
 CommList::~CommList() = default;
@@ -123,13 +140,7 @@ CommList::PtrConst CommList::dedup(CommListDedupTable const* table) {
    return table->dedupAs<CommList>(PtrConst(this));
 }
 
-void CommList::cacheHash() noexcept {
-   U32 hash = 0;
-   for (U32 value : commVector_) {
-      hash = detail::jenkinsAddU32(hash, value);
-   }
-   hash_ = Kiv::jenkinsFinish(hash);
-}
+void CommList::cacheHash() noexcept { hash_ = valuesHash(commVector_); }
 
 U32 CommList::storedFlags() const noexcept {
    return (commVectorSorted_ ? storedSortedFlag : 0) | (noExport_ ? storedNoExportFlag : 0) |
@@ -175,7 +186,24 @@ bool CommList::compare(Zup::DedupHandle const* other) const noexcept {
    return static_cast<CommList const*>(other)->commVector_ == commVector_;
 }
 
-bool CommList::compareByContent(Zup::DedupContentHandle const&) const noexcept { return false; }
+bool CommList::compareByContent(Zup::DedupContentHandle const& content) const noexcept {
+   auto const& values = static_cast<CommListContent const&>(content).values;
+   return std::equal(values.begin(), values.end(), commVector_.begin(), commVector_.end());
+}
+
+CommList::PtrConst CommList::dedupValues(CommListDedupTable const* table, std::span<U32> values) {
+   std::sort(values.begin(), values.end());
+   values = values.first(static_cast<std::size_t>(std::unique(values.begin(), values.end()) -
+                                                  values.begin()));
+   CommListContent content;
+   content.values = values;
+   if (auto found = table->dedupTable()->lookupByContentAs<CommList>(content, valuesHash(values))) {
+      return found;
+   }
+   CommList::Ptr list = commListFactory();
+   list->commVector_.assign(values.begin(), values.end());
+   return list->dedup(table);
+}
 
 std::string CommList::serialize() const {
    QOR_ASSERT(commVectorSorted());

@@ -15,6 +15,7 @@
 #include "platform/Types.h"
 
 #include <cstddef>
+#include <span>
 #include <map>
 #include <optional>
 #include <string>
@@ -182,6 +183,12 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    std::string serialize() const;
    // The list's text (see QorBgpCommunityListFormat.h).
    std::string toStrep() const;
+   // The list of the given values, sorted and de-duplicated here in place:
+   // the resident equal list when there is one (found without building a
+   // list), else a new one of exactly these values, interned. The fast path
+   // of decoding: most attributes a router receives carry a list it holds.
+   static PtrConst dedupValues(CommListDedupTable const* table, std::span<U32> values);
+
    // Appends that text: names for well-known communities, colon form otherwise.
    void appendText(Kiv::DynamicBufferInterface& out) const;
 

@@ -15,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -33,9 +34,8 @@ using hoard::StoreWriter;
 using testing::HasSubstr;
 
 constexpr U64 headerSize = 64;
-// Header fields the tests damage, by offset.
+// Where the header keeps the segment size it claims.
 constexpr std::streamoff segmentSizeField = 16;
-constexpr std::streamoff rootField = 32;
 // Wide enough for any offset + count * size.
 __extension__ typedef unsigned __int128 Wide;
 
@@ -193,18 +193,6 @@ TEST(HoardFailure, AHeaderSizeOutsideTheMappingIsRefusedAndASmallerOneBoundsEver
    EXPECT_THROW(ReaderPtr<ExtCommRecord>(store, store.root()), Kiv::RangeError);
 }
 
-TEST(HoardFailure, ADamagedRootIsARangeError) {
-   Segment segment(true);
-   segment.create(256).rootIs(Location(headerSize));
-   for (U64 root : {U64{8}, headerSize + 4, U64{256}, U64{248}, UINT64_MAX - 7}) {
-      SCOPED_TRACE(root);
-      overwrite(segment.name, rootField, root);
-      StoreManager const store = segment.open();
-      ASSERT_EQ(store.root(), Location(root));
-      EXPECT_THROW(ReaderPtr<ExtCommRecord>(store, store.root()), Kiv::RangeError);
-   }
-}
-
 // find() against a reference in 128-bit arithmetic: whatever the location,
 // count, size and alignment, what it returns lies inside the records area.
 TEST(HoardFailure, FindNeverReturnsAnAddressOutsideTheSegment) {
@@ -216,21 +204,10 @@ TEST(HoardFailure, FindNeverReturnsAnAddressOutsideTheSegment) {
    base -= headerSize;
    std::mt19937_64 random(20240611);
    // Values near the boundaries, and products that wrap to nothing or to little.
-   U64 const interesting[] = {0,
-                              1,
-                              4,
-                              8,
-                              12,
-                              63,
-                              64,
-                              1016,
-                              1024,
-                              1025,
-                              U64{1} << 32,
-                              (U64{1} << 32) + 1,
-                              U64{1} << 61,
-                              UINT64_MAX / 4 + 1,
-                              UINT64_MAX};
+   // clang-format off
+   U64 const interesting[] = {0, 1, 4, 8, 12, 63, 64, 1016, 1024, 1025, 1ull << 32,
+                              (1ull << 32) + 1, 1ull << 61, UINT64_MAX / 4 + 1, UINT64_MAX};
+   // clang-format on
    auto const any = [&] {
       return random() % 2 ? interesting[random() % std::size(interesting)] : random() % 1100;
    };
@@ -273,16 +250,20 @@ TEST(HoardFailure, AWriterKilledWhileRewritingNeverLetsATornReadValidate) {
       return copy == record(copy.classification);
    };
    // Once the writer is under way, read until some reads have validated.
-   while (store.versionAnchor() < 1000) {
+   auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+   while (store.versionAnchor() < 1000 && std::chrono::steady_clock::now() < deadline) {
       sched_yield();
    }
    int validated = 0;
-   for (int i = 0; i < 2'000'000 && validated < 100; ++i) {
-      ASSERT_TRUE(readIsConsistent(validated)) << "read " << i;
+   int read = 0;
+   bool consistent = true;
+   for (; consistent && read < 2'000'000 && validated < 100; ++read) {
+      consistent = readIsConsistent(validated);
    }
    ASSERT_EQ(kill(child, SIGKILL), 0);
    int status = 0;
    ASSERT_EQ(waitpid(child, &status, 0), child);
+   EXPECT_TRUE(consistent) << "torn record validated at read " << read;
    EXPECT_TRUE(readIsConsistent(validated));
    U64 const anchor = store.versionAnchor();
    EXPECT_EQ(ReaderPtr<ExtCommRecord>(store, at).validateVersionAnchor(), anchor % 2 == 0);
