@@ -11,7 +11,9 @@
 //   - an attribute with every value has a length field that counts the
 //     bytes that follow it;
 //   - the standard and large lists match an expression exactly when their
-//     documented text forms do.
+//     documented text forms do, and a route map's match memo (kept across
+//     inputs, so lists die and new ones take their addresses) answers as
+//     the list itself does.
 //
 // The values mix well-known and typed ones (route targets, link bandwidths,
 // colours, ...) with arbitrary words, so that recognition and pruning see
@@ -20,6 +22,7 @@
 #include "QorBgp/QorBgpCommunityDecode.h"
 #include "QorBgp/QorBgpCommunityList.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgp/QorBgpCommunityListMatchMemo.h"
 #include "fuzz/FuzzSupport.h"
 #include "platform/PosixRegex.h"
 
@@ -27,6 +30,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -36,6 +40,8 @@ using Routing::RouteMap::PosixRegex;
 namespace {
 
 constexpr std::size_t maxListSize = 40;
+// Few enough that lists keep taking each other's slots.
+constexpr std::size_t memoSlots = 4;
 
 constexpr U32 communityPalette[] = {
    0x00000000, 0xFFFF0000, 0xFFFF0006, 0xFFFF0007, 0xFFFFFF01, 0xFFFFFF02,
@@ -69,12 +75,25 @@ constexpr char const* patterns[] = {
 struct Fixture {
    CommunityTables::Ptr tables = communityTablesFactory();
    std::vector<PosixRegex::PtrConst> regexes;
+   std::vector<std::unique_ptr<RouteMapMatchMemo>> memos; // one per expression
 
    Fixture() {
       for (char const* pattern : patterns) {
          auto compiled = PosixRegex::compile(pattern);
          QORBGP_FUZZ_CHECK(compiled);
          regexes.push_back(compiled.regex);
+         memos.push_back(std::make_unique<RouteMapMatchMemo>(compiled.regex, memoSlots));
+      }
+   }
+
+   // The list's answer for every expression, which the memos must repeat
+   // (asked twice: once to fill the slot, once to answer from it).
+   template <class List>
+   void checkMemos(List const& list) const {
+      for (std::size_t i = 0; i < regexes.size(); ++i) {
+         bool const answer = list.matchCommunitiesRegex(regexes[i].get());
+         QORBGP_FUZZ_CHECK(memos[i]->matchCommunitiesRegex(list) == answer);
+         QORBGP_FUZZ_CHECK(memos[i]->matchCommunitiesRegex(list) == answer);
       }
    }
 };
@@ -164,6 +183,7 @@ void standard(Fixture const& fx, FuzzedDataProvider& fdp) {
       QORBGP_FUZZ_CHECK(list->matchCommunitiesRegex(regex.get()) ==
                         (matches(*regex, colon) || matches(*regex, named)));
    }
+   fx.checkMemos(*list);
    (void)list->commSnapshot();
 }
 
@@ -198,6 +218,7 @@ void large(Fixture const& fx, FuzzedDataProvider& fdp) {
    for (PosixRegex::PtrConst const& regex : fx.regexes) {
       QORBGP_FUZZ_CHECK(list->matchCommunitiesRegex(regex.get()) == matches(*regex, text));
    }
+   fx.checkMemos(*list);
 }
 
 ExtCommList::PtrConst publishExtended(Fixture const& fx, std::vector<U64> const& words) {
@@ -253,6 +274,7 @@ void extended(Fixture const& fx, FuzzedDataProvider& fdp) {
          (void)matchExtCommList(list.get(), MatchMode::ui, regex.get());
       }
    }
+   fx.checkMemos(*list);
    for (ExtCommClassificationList::PtrConst const& classification : list->classificationLists()) {
       if (classification) {
          (void)classification->toStrep();

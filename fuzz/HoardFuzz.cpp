@@ -6,10 +6,10 @@
 //                 the records get read); 0x02 keep the version anchor as
 //                 given (otherwise it is made even, no change in progress)
 //   byte 1        restores to run, 1 + (byte % 8)
-//   per restore   a kind byte and an 8-byte location (host order); kind % 5
-//                 picks standard, large, extended or IPv6 list, or one
-//                 extended community; kind 0x80 takes the header's root
-//                 location instead
+//   per restore   a kind byte and an 8-byte location (host order); the low
+//                 seven bits of the kind, modulo 5, pick standard, large,
+//                 extended or IPv6 list, or one extended community; its bit
+//                 0x80 takes the header's root location instead
 //   the rest      the segment, mapped from a file
 // Missing bytes read as zero.
 //

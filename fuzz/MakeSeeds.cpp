@@ -169,6 +169,8 @@ void textSeeds() {
       "4294967295",
       "18446744073709551615",
       "c0 08 04 ff ff ff 01",
+      "# toggles\nQorBgpLlgr=off   # names off\nOther=1\n",
+      "QorBgpCommunity/89,*/1",
    };
    for (std::size_t i = 0; i < texts.size(); ++i) {
       write("TextParsersFuzz", std::to_string(i), static_cast<char>(i) + texts[i]);

@@ -1,4 +1,5 @@
-// Every parser of text from configuration and reflection on arbitrary text.
+// Every parser of text from configuration, reflection, the toggle file and
+// the trace setting, on arbitrary text.
 //
 // Input: one selector byte (picks the parser, modulo their number), then the
 // text. Kiv::RangeError is the documented outcome of bad text and is caught;
@@ -16,8 +17,10 @@
 #include "QorBgp/RouteTargetPrefix.h"
 #include "fuzz/FuzzSupport.h"
 #include "platform/Errors.h"
+#include "platform/FeatureToggle.h"
 #include "platform/Ip6Addr.h"
 #include "platform/RouteTarget.h"
+#include "platform/Trace.h"
 
 #include <string>
 #include <string_view>
@@ -137,6 +140,21 @@ void hex(std::string_view text) {
    }
 }
 
+// The text as a toggle file: a name's state is the file's or, when the file
+// has no well-formed line for it, the default asked for.
+void toggleFile(std::string_view text) {
+   static QorBgpFuzz::MemoryFile file;
+   std::string const& path =
+      file.contentIs({reinterpret_cast<U8 const*>(text.data()), text.size()});
+   bool const whenOff = Kiv::getToggleState("QorBgpLlgr", path, false);
+   bool const whenOn = Kiv::getToggleState("QorBgpLlgr", path, true);
+   QORBGP_FUZZ_CHECK(whenOff == whenOn || (!whenOff && whenOn));
+}
+
+void traceSpec(std::string_view text) {
+   (void)Kiv::traceLevelsFromSpec(text, "QorBgpCommunity");
+}
+
 using Parser = void (*)(std::string_view);
 
 constexpr Parser parsers[] = {
@@ -161,6 +179,8 @@ constexpr Parser parsers[] = {
    denseU32,
    extCommContent,
    hex,
+   toggleFile,
+   traceSpec,
 };
 
 } // namespace
