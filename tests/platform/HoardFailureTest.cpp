@@ -5,6 +5,8 @@
 // validation, never in a read outside the mapping.
 #include "platform/Hoard.h"
 
+#include "HoardTestSegment.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -39,38 +41,7 @@ constexpr std::streamoff segmentSizeField = 16;
 // Wide enough for any offset + count * size.
 __extension__ typedef unsigned __int128 Wide;
 
-// A segment name unique to this process and call, removed at scope exit.
-struct Segment {
-   explicit Segment(bool file) : file(file) {
-      static int counter = 0;
-      std::string const base =
-         "QorBgpHoardFailureTest." + std::to_string(getpid()) + "." + std::to_string(++counter);
-      name = file ? (std::filesystem::temp_directory_path() / base).string() : base;
-   }
-   ~Segment() {
-      file ? StoreWriter::removeMappedFile(name) : StoreWriter::removeSharedMemory(name);
-   }
-   StoreWriter create(U64 size) const {
-      return file ? StoreWriter::createMappedFile(name, size)
-                  : StoreWriter::createSharedMemory(name, size);
-   }
-   StoreManager open() const {
-      return file ? StoreManager::openMappedFile(name) : StoreManager::openSharedMemory(name);
-   }
-   // Cuts the segment (file or shared-memory object) to `size` bytes.
-   void truncate(U64 size) const {
-      if (file) {
-         std::filesystem::resize_file(name, size);
-         return;
-      }
-      int const fd = shm_open(("/" + name).c_str(), O_RDWR, 0);
-      ASSERT_NE(fd, -1);
-      EXPECT_EQ(ftruncate(fd, static_cast<off_t>(size)), 0);
-      close(fd);
-   }
-   bool file;
-   std::string name;
-};
+using Segment = HoardTestSegment;
 
 // Overwrites eight bytes of a segment file at `at`.
 void overwrite(std::string const& path, std::streamoff at, U64 value) {

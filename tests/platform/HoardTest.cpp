@@ -1,5 +1,7 @@
 #include "platform/Hoard.h"
 
+#include "HoardTestSegment.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -20,28 +22,7 @@ using hoard::StoreManager;
 using hoard::StoreWriter;
 using testing::HasSubstr;
 
-// A segment name unique to this process and call, removed at scope exit
-// whatever the test's outcome.
-struct Segment {
-   explicit Segment(bool file) : file(file) {
-      static int counter = 0;
-      std::string const base =
-         "QorBgpHoardTest." + std::to_string(getpid()) + "." + std::to_string(++counter);
-      name = file ? (std::filesystem::temp_directory_path() / base).string() : base;
-   }
-   ~Segment() {
-      file ? StoreWriter::removeMappedFile(name) : StoreWriter::removeSharedMemory(name);
-   }
-   StoreWriter create(U64 size) const {
-      return file ? StoreWriter::createMappedFile(name, size)
-                  : StoreWriter::createSharedMemory(name, size);
-   }
-   StoreManager open() const {
-      return file ? StoreManager::openMappedFile(name) : StoreManager::openSharedMemory(name);
-   }
-   bool file;
-   std::string name;
-};
+using Segment = HoardTestSegment;
 
 template <class E>
 std::vector<E> restoreList(StoreManager const& store, Location at, U32 expectedFlags) {
