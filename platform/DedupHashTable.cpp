@@ -4,8 +4,10 @@
 
 #include <absl/container/flat_hash_set.h>
 
+#include <bit>
 #include <mutex>
 #include <optional>
+#include <thread>
 #include <vector>
 
 namespace Zup {
@@ -65,12 +67,67 @@ struct EntryEq {
    }
 };
 
+// Reader slots of the multi-threaded form. A thread that looks a content up
+// announces itself in a slot of its own instead of taking the shard's lock, so
+// that lookups of hot contents from several cores write no shared line but
+// the found handle's reference count. Slots are handed to threads on first
+// use and taken back when the thread ends; a thread that finds them all
+// taken looks up under the lock.
+constexpr unsigned readerSlotCount = 64;
+std::atomic<U64> readerSlotsTaken{0};
+
+class ReaderSlotClaim {
+ public:
+   ReaderSlotClaim() noexcept {
+      U64 taken = readerSlotsTaken.load(std::memory_order_relaxed);
+      while (taken != ~U64{0}) {
+         unsigned const free = static_cast<unsigned>(std::countr_one(taken));
+         if (readerSlotsTaken.compare_exchange_weak(taken, taken | (U64{1} << free),
+                                                    std::memory_order_relaxed)) {
+            index_ = free;
+            return;
+         }
+      }
+   }
+   ~ReaderSlotClaim() {
+      if (index_ < readerSlotCount) {
+         readerSlotsTaken.fetch_and(~(U64{1} << index_), std::memory_order_relaxed);
+      }
+   }
+   unsigned index() const noexcept { return index_; }
+
+ private:
+   unsigned index_ = readerSlotCount; // none
+};
+
+void spinPause() noexcept {
+#if defined(__x86_64__) || defined(__i386__)
+   __builtin_ia32_pause();
+#endif
+}
+
+unsigned readerSlotIndex() noexcept {
+   thread_local ReaderSlotClaim claim;
+   return claim.index();
+}
+
 } // namespace
+
+// Odd while its thread reads a shard without the lock.
+struct alignas(64) DedupHashTable::ReaderSlot {
+   std::atomic<U32> sequence{0};
+};
 
 // Cache-line aligned, so that threads working on neighbouring shards do not
 // contend for one line.
+//
+// Multi-threaded form: every change of `entries` (and every release that may
+// remove a handle) holds `mutex` and, while it runs, `writing`; it starts only
+// once no thread reads without the lock. Lock-free readers that see `writing`
+// take the lock instead.
 struct alignas(64) DedupHashTable::Shard {
    std::mutex mutex;
+   std::atomic<bool> writing{false};
    absl::flat_hash_set<Entry, EntryHash, EntryEq> entries;
 
    // Locks in the multi-threaded form only.
@@ -79,11 +136,50 @@ struct alignas(64) DedupHashTable::Shard {
    }
 };
 
+// The exclusive phase of a change, in the multi-threaded form: the shard's
+// lock is held already; lock-free readers are shut out until it ends.
+class DedupHashTable::WriteGuard {
+ public:
+   WriteGuard(DedupHashTable const& table, Shard& shard) noexcept
+       : shard_(table.multiThreaded_ ? &shard : nullptr) {
+      if (!shard_) {
+         return;
+      }
+      shard_->writing.store(true, std::memory_order_seq_cst);
+      for (unsigned i = 0; i < readerSlotCount; ++i) {
+         std::atomic<U32> const& sequence = table.readers_[i].sequence;
+         U32 const seen = sequence.load(std::memory_order_seq_cst);
+         if (seen & 1) {
+            // A reader is inside: its lookup is short; any change of the
+            // sequence means it has left.
+            for (unsigned spins = 0; sequence.load(std::memory_order_acquire) == seen; ++spins) {
+               if (spins < 1024) {
+                  spinPause();
+               } else {
+                  std::this_thread::yield(); // the reader's thread was descheduled
+               }
+            }
+         }
+      }
+   }
+   ~WriteGuard() {
+      if (shard_) {
+         shard_->writing.store(false, std::memory_order_release);
+      }
+   }
+   WriteGuard(WriteGuard const&) = delete;
+   WriteGuard& operator=(WriteGuard const&) = delete;
+
+ private:
+   Shard* shard_;
+};
+
 DedupHashTableLifeTimeNotifiee::~DedupHashTableLifeTimeNotifiee() = default;
 
 DedupHashTable::DedupHashTable(bool multiThreaded)
     : multiThreaded_(multiThreaded), shardShift_(multiThreaded ? 32 - multiThreadedShardBits : 32),
-      shards_(std::make_unique<Shard[]>(std::size_t{1} << (32 - shardShift_))) {
+      shards_(std::make_unique<Shard[]>(std::size_t{1} << (32 - shardShift_))),
+      readers_(multiThreaded ? std::make_unique<ReaderSlot[]>(readerSlotCount) : nullptr) {
    QOR_ASSERT(!multiThreaded || Kiv::PtrInterface::threadSafe());
 }
 
@@ -116,16 +212,44 @@ DedupHashTable::Shard& DedupHashTable::shardFor(U32 hash) const noexcept {
    return shards_[shardShift_ == 32 ? 0 : hash >> shardShift_];
 }
 
-DedupHandle::Ptr DedupHashTable::lookupByContent(DedupContentHandle const& content,
-                                                 U32 hash) const {
-   Shard& shard = shardFor(hash);
-   auto lock = shard.lock(multiThreaded_);
-   auto it = shard.entries.find(ContentKey{hash, &content});
-   if (it == shard.entries.end()) {
+namespace {
+
+template <class Set>
+DedupHandle::Ptr findAndReference(Set const& entries, ContentKey const& key) {
+   auto it = entries.find(key);
+   if (it == entries.end()) {
       return nullptr;
    }
    it->handle->referencesIncReturnRef();
    return DedupHandle::Ptr::adopt(it->handle);
+}
+
+} // namespace
+
+DedupHandle::Ptr DedupHashTable::lookupByContent(DedupContentHandle const& content,
+                                                 U32 hash) const {
+   Shard& shard = shardFor(hash);
+   ContentKey const key{hash, &content};
+   if (!multiThreaded_) {
+      return findAndReference(shard.entries, key);
+   }
+   unsigned const slot = readerSlotIndex();
+   if (slot < readerSlotCount) {
+      // Lock-free: announce the read, then make sure no change is under way
+      // (a change that starts later waits for this read to end). The
+      // reference is taken before leaving, so a release waiting to remove
+      // the handle sees it.
+      std::atomic<U32>& sequence = readers_[slot].sequence;
+      sequence.fetch_add(1, std::memory_order_seq_cst);
+      if (!shard.writing.load(std::memory_order_seq_cst)) {
+         DedupHandle::Ptr found = findAndReference(shard.entries, key);
+         sequence.fetch_add(1, std::memory_order_release);
+         return found;
+      }
+      sequence.fetch_add(1, std::memory_order_release);
+   }
+   auto lock = shard.lock(true);
+   return findAndReference(shard.entries, key);
 }
 
 DedupHandle::Ptr DedupHashTable::dedup(DedupHandle::Ptr const& handle) {
@@ -150,7 +274,10 @@ DedupHandle::Ptr DedupHashTable::dedup(DedupHandle::Ptr const& handle) {
       h->referencesInc();
    }
    h->releaseHookedIs(true);
-   shard.entries.insert(Entry{hash, h});
+   {
+      WriteGuard exclusive(*this, shard);
+      shard.entries.insert(Entry{hash, h});
+   }
    if (notifiee_) {
       notifiee_->handleInsert(handle);
    }
@@ -162,6 +289,7 @@ void DedupHashTable::release(DedupHandle const* handle) const noexcept {
    Shard& shard = shardFor(handle->hash());
    {
       auto lock = shard.lock(multiThreaded_);
+      WriteGuard exclusive(*this, shard);
       if (handle->referencesDecReturnCount() > references) {
          return; // a lookup took a reference meanwhile: it stays
       }

@@ -6,8 +6,11 @@
 //
 // Single-threaded form: no locking at all. Multi-threaded form: the set is
 // split into shards by hash, each with its own lock, so that threads interning
-// different contents rarely meet; it requires Kiv::PtrInterface::threadSafe()
-// (atomic counts). In both forms:
+// different contents rarely meet, and lookups by content take no lock at all
+// (each thread announces its reads in a slot of its own; a change waits for
+// the reads under way): threads that look up the same hot contents share only
+// the found handles' reference counts. It requires
+// Kiv::PtrInterface::threadSafe() (atomic counts). In both forms:
 //   - lookupByContent and dedup return a handle with a reference taken for the
 //     caller, never one on its way out;
 //   - two threads that dedup equal new contents end with one resident handle;
@@ -99,6 +102,8 @@ class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
  private:
    friend class DedupHandle;
    struct Shard;
+   struct ReaderSlot;
+   class WriteGuard;
 
    Shard& shardFor(U32 hash) const noexcept;
    // The release of `handle` that may leave only the table's references.
@@ -107,6 +112,7 @@ class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
    bool const multiThreaded_;
    unsigned const shardShift_; // shard index = hash >> shardShift_
    std::unique_ptr<Shard[]> shards_;
+   std::unique_ptr<ReaderSlot[]> readers_; // multi-threaded form only
    DedupHashTableLifeTimeNotifiee::Ptr notifiee_;
 };
 

@@ -1,5 +1,6 @@
 // Interning from several threads in the multi-threaded form. Built into its
 // own program so that it also runs under ThreadSanitizer.
+#include "QorBgp/QorBgpCommunityDecode.h"
 #include "QorBgp/QorBgpCommunityDedupTable.h"
 
 #include "QorBgp/Parse/ExtComm.h"
@@ -68,6 +69,42 @@ TEST(ExtCommInterningStress, ThreadsAgreeOnOneObjectPerContent) {
    anchors.clear();
    EXPECT_EQ(table->dedupTable()->size(), 0u);
    EXPECT_EQ(list.rtCount(), 0u);
+}
+
+// Standard lists looked up by their values (the decoder's path, which reads
+// the table without its lock) while other threads release the last
+// references to equal lists.
+TEST(CommListInterningStress, LookupsByValueRaceWithLastReleases) {
+   QorBgpGlobals::multiThreadedIs(true);
+   auto tables = communityTablesFactory();
+   constexpr U32 listCount = 32;
+   std::atomic<int> mismatches{0};
+   std::vector<std::thread> threads;
+   for (int t = 0; t < threadCount; ++t) {
+      threads.emplace_back([&, t] {
+         std::mt19937 random(100 + t);
+         std::vector<CommList::PtrConst> held(listCount);
+         for (int r = 0; r < rounds; ++r) {
+            U32 const i = random() % listCount;
+            // List i: communities 1:1 .. 1:(i+1), given in descending order.
+            std::vector<U32> values;
+            for (U32 k = i + 1; k > 0; --k) {
+               values.push_back(0x00010000u | k);
+            }
+            CommList::PtrConst got = CommList::dedupValues(tables->commListDedupTable().get(), values);
+            if ((held[i] && got != held[i]) || got->comms() != i + 1 || !got->comm(0x00010001u) ||
+                !got->isDeduped()) {
+               ++mismatches;
+            }
+            held[i] = (random() % 2) ? got : nullptr;
+         }
+      });
+   }
+   for (auto& thread : threads) {
+      thread.join();
+   }
+   EXPECT_EQ(mismatches, 0);
+   EXPECT_EQ(tables->commListDedupTable()->dedupTable()->size(), 0u);
 }
 
 } // namespace
