@@ -87,13 +87,7 @@ bool LargeCommList::compareByContent(Zup::DedupContentHandle const&) const noexc
 
 std::string LargeCommList::serialize() const {
    QOR_ASSERT(commVectorSorted());
-   SerializePathAttribute out(largeCommunity, optionalTransitive, 12 * comms());
-   for (Acl::CommunityValue const& value : commVector_) {
-      out.addU32hton(value.globalAdmin);
-      out.addU32hton(value.localData1);
-      out.addU32hton(value.localData2);
-   }
-   return out.serializedString();
+   return serializeWordsAttribute(largeCommunity, optionalTransitive, commVector_);
 }
 
 RouteMap::CommListSnapshot::Ptr LargeCommList::commSnapshot() const {

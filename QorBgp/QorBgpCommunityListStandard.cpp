@@ -8,6 +8,8 @@
 #include "platform/PosixRegex.h"
 
 #include <atomic>
+#include <charconv>
+#include <cstring>
 #include <mutex>
 
 namespace Routing::Bgp {
@@ -33,15 +35,9 @@ void appendColonForm(Kiv::DynamicBufferInterface& out, U32 value) {
    out.appendDecimal(value & 0xFFFF);
 }
 
-std::string_view wellKnownNameOf(U32 value) {
-   if (toggleQorBgpLlgrEnabled()) {
-      if (value == communityLlgrStale) {
-         return "llgr-stale";
-      }
-      if (value == communityNoLlgr) {
-         return "no-llgr";
-      }
-   }
+// The name of a well-known community; `llgrNames` gives the two LLGR
+// communities theirs (toggleQorBgpLlgrEnabled()).
+std::string_view wellKnownNameOf(U32 value, bool llgrNames) {
    switch (value) {
    case communityNoExport:
       return "no-export";
@@ -53,26 +49,51 @@ std::string_view wellKnownNameOf(U32 value) {
       return "internet";
    case communityGshut:
       return "GSHUT";
+   case communityLlgrStale:
+      return llgrNames ? "llgr-stale" : std::string_view();
+   case communityNoLlgr:
+      return llgrNames ? "no-llgr" : std::string_view();
    default:
       return {};
    }
 }
 
+// Every named community is 0 or has the AS part 65535: the test that spares
+// ordinary communities the name lookup.
+constexpr bool mayHaveName(U32 value) noexcept { return value == 0 || (value >> 16) == 0xFFFF; }
+
+// The longest text of one community with its separator: "no-advertise ".
+constexpr std::size_t maxElementTextSize = 13;
+static_assert(colonFormMaxSize + 1 <= maxElementTextSize);
+
 // The communities separated by single spaces, each in colon form or, with
-// `names`, by its well-known name when it has one.
+// `names`, by its well-known name when it has one. Written in place into room
+// made for the longest texts, then trimmed: no per-character checks.
 void appendPolicyText(Kiv::DynamicBufferInterface& out, CommList::CommVector const& comms,
                       bool names) {
-   for (std::size_t i = 0; i < comms.size(); ++i) {
-      if (i != 0) {
-         out.append(' ');
-      }
-      std::string_view const name = names ? wellKnownNameOf(comms[i]) : std::string_view();
-      if (name.empty()) {
-         appendColonForm(out, comms[i]);
-      } else {
-         out.append(name);
-      }
+   if (comms.empty()) {
+      return;
    }
+   bool const llgrNames = names && toggleQorBgpLlgrEnabled();
+   std::size_t const start = out.size();
+   out.resize(start + comms.size() * maxElementTextSize);
+   char* at = out.data() + start;
+   for (U32 value : comms) {
+      if (names && mayHaveName(value)) {
+         std::string_view const name = wellKnownNameOf(value, llgrNames);
+         if (!name.empty()) {
+            std::memcpy(at, name.data(), name.size());
+            at += name.size();
+            *at++ = ' ';
+            continue;
+         }
+      }
+      at = std::to_chars(at, at + 5, value >> 16).ptr;
+      *at++ = ':';
+      at = std::to_chars(at, at + 5, value & 0xFFFF).ptr;
+      *at++ = ' ';
+   }
+   out.resize(static_cast<std::size_t>(at - out.data()) - 1); // without the last space
 }
 
 } // namespace
@@ -207,9 +228,7 @@ CommList::PtrConst CommList::dedupValues(CommListDedupTable const* table, std::s
 
 std::string CommList::serialize() const {
    QOR_ASSERT(commVectorSorted());
-   SerializePathAttribute out(community, optionalTransitive, 4 * comms());
-   out.addU32htonArray(commVector_);
-   return out.serializedString();
+   return serializeWordsAttribute(community, optionalTransitive, commVector_);
 }
 
 void CommList::appendText(Kiv::DynamicBufferInterface& out) const {
@@ -245,7 +264,9 @@ std::string CommList::getStringValue(U32 value) {
    return text.str();
 }
 
-std::string CommList::wellKnownName(U32 value) { return std::string(wellKnownNameOf(value)); }
+std::string CommList::wellKnownName(U32 value) {
+   return std::string(wellKnownNameOf(value, toggleQorBgpLlgrEnabled()));
+}
 
 CommList::Ptr commListFactory() { return Kiv::newNotifying<CommList>(); }
 

@@ -62,23 +62,6 @@ void Serialize::addU64hton(U64 value) {
 
 void Serialize::addBytes(std::span<U8 const> bytes) { write(bytes.data(), bytes.size()); }
 
-void Serialize::addU32htonArray(std::span<U32 const> values) {
-   std::size_t const count = values.size() * sizeof(U32);
-   if (count == 0) {
-      return;
-   }
-   if (count > buffer_.size() - writeOffset_) {
-      buffer_.resize(writeOffset_ + count);
-   }
-   char* out = buffer_.data() + writeOffset_;
-   for (U32 value : values) {
-      U32 const wire = toNetworkOrder(value);
-      std::memcpy(out, &wire, sizeof wire);
-      out += sizeof wire;
-   }
-   writeOffset_ += count;
-}
-
 void Serialize::growBuffer(std::size_t extra) {
    buffer_.reserve(writeOffset_ + extra);
 }
@@ -113,8 +96,16 @@ void SerializePathAttribute::clearAndReInit(BgpPathAttrType type, BgpPathAttrFla
    growBuffer(attrSize);
 }
 
-void SerializePathAttribute::reInitHdr(BgpPathAttrType type, BgpPathAttrFlag flags,
-                                       U32 attrSize) {
+namespace {
+
+// A path attribute header: flags, type, then the value length in one octet,
+// or in two when extLen is set or needed.
+struct AttributeHeader {
+   U8 bytes[longHdrSize];
+   U32 size; // 3 or 4
+};
+
+AttributeHeader attributeHeader(BgpPathAttrType type, BgpPathAttrFlag flags, U32 attrSize) {
    U32 const attrType = type;
    U32 attrFlags = flags;
    QOR_ASSERT(attrType <= 0xFF);
@@ -123,15 +114,69 @@ void SerializePathAttribute::reInitHdr(BgpPathAttrType type, BgpPathAttrFlag fla
       QOR_ASSERT(attrSize <= 0xFFFF);
       attrFlags |= extLen;
    }
-   addU8(static_cast<U8>(attrFlags));
-   addU8(static_cast<U8>(attrType));
+   AttributeHeader header{{static_cast<U8>(attrFlags), static_cast<U8>(attrType)}, 0};
    if (attrFlags & extLen) {
-      addU16hton(static_cast<U16>(attrSize));
-      headerSize_ = longHdrSize;
+      header.bytes[2] = static_cast<U8>(attrSize >> 8);
+      header.bytes[3] = static_cast<U8>(attrSize);
+      header.size = longHdrSize;
    } else {
-      addU8(static_cast<U8>(attrSize));
-      headerSize_ = shortHdrSize;
+      header.bytes[2] = static_cast<U8>(attrSize);
+      header.size = shortHdrSize;
    }
+   return header;
+}
+
+} // namespace
+
+void SerializePathAttribute::reInitHdr(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                       U32 attrSize) {
+   AttributeHeader const header = attributeHeader(type, flags, attrSize);
+   addBytes(std::span<U8 const>(header.bytes, header.size));
+   headerSize_ = header.size;
+}
+
+namespace {
+
+void putWord(char*& at, U32 word) noexcept {
+   U32 const wire = toNetworkOrder(word);
+   std::memcpy(at, &wire, sizeof wire);
+   at += sizeof wire;
+}
+void putWords(char*& at, U32 element) noexcept { putWord(at, element); }
+void putWords(char*& at, Acl::CommunityValue const& element) noexcept {
+   putWord(at, element.globalAdmin);
+   putWord(at, element.localData1);
+   putWord(at, element.localData2);
+}
+
+template <class Element>
+std::string wordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
+                           std::span<Element const> elements) {
+   // Sizes beyond 32 bits saturate, so that they fail the length check.
+   U32 const valueSize = static_cast<U32>(std::min<std::size_t>(
+      elements.size(), std::numeric_limits<U32>::max() / sizeof(Element)) * sizeof(Element));
+   AttributeHeader const header = attributeHeader(type, flags, valueSize);
+   std::string out(header.size + valueSize, '\0');
+   char* at = out.data();
+   std::memcpy(at, header.bytes, header.size);
+   at += header.size;
+   for (Element const& element : elements) {
+      putWords(at, element);
+   }
+   return out;
+}
+
+} // namespace
+
+std::string serializeWordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                    std::span<U32 const> elements) {
+   return wordsAttribute(type, flags, elements);
+}
+
+std::string serializeWordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                    std::span<Acl::CommunityValue const> elements) {
+   static_assert(sizeof(Acl::CommunityValue) == 3 * sizeof(U32));
+   return wordsAttribute(type, flags, elements);
 }
 
 std::string SerializePathAttribute::serializedString() const {

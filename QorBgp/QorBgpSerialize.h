@@ -12,6 +12,7 @@
 #pragma once
 
 #include "QorBgp/BgpPathAttributeEnums.h"
+#include "platform/CommunityValue.h"
 #include "platform/DynamicBuffer.h"
 #include "platform/Export.h"
 #include "platform/Types.h"
@@ -41,8 +42,6 @@ class QORBGP_EXPORT Serialize {
    // WARNING: `bytes` must not view this writer's own data; growing the
    // storage would free it before the copy.
    void addBytes(std::span<U8 const> bytes);
-   // Each value in network byte order, in one write.
-   void addU32htonArray(std::span<U32 const> values);
 
    // Makes room for at least `extra` bytes after the write position, so that
    // writing them allocates nothing. Written data is kept.
@@ -134,6 +133,16 @@ class QORBGP_EXPORT SerializePathAttributeAutoExtLen : public SerializePathAttri
    // The inherited whole-buffer form would include unused placeholder bytes.
    std::string serializedString() const = delete;
 };
+
+// The whole attribute whose value is `elements`, each 32-bit word in network
+// byte order (a large community is its three words in order), in one
+// allocation of exactly its size: the header as SerializePathAttribute writes
+// it (same assertions), then the words. The fast path of the standard and
+// large community lists.
+QORBGP_EXPORT std::string serializeWordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                                  std::span<U32 const> elements);
+QORBGP_EXPORT std::string serializeWordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                                  std::span<Acl::CommunityValue const> elements);
 
 // A Prefix-SID TLV: the writer starts with the TLV header (type octet, then
 // `length` in two octets, network order); the caller appends `length` value
