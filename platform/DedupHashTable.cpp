@@ -18,10 +18,11 @@ namespace {
 // interning at once rarely share a lock.
 constexpr unsigned multiThreadedShardBits = 6;
 
-// What the set stores: the handle with its hash, so probing and rehashing
-// never call into the handle.
+// What the set stores: the handle alone. Probing compares the set's own
+// 7-bit hash tags first, so a handle is read only for a likely match; its
+// hash() is asked for when the set grows. Eight bytes a slot keep the set
+// dense: the table's share of a small list's memory.
 struct Entry {
-   U32 hash;
    DedupHandle* handle;
 };
 // Lookup keys: by content, by equal handle, by the very handle.
@@ -43,7 +44,7 @@ struct EntryHash {
    // The handles' hashes are already well mixed 32-bit values; spreading them
    // over 64 bits gives the set independent bits for its groups and slots.
    static std::size_t spread(U32 hash) noexcept { return hash * 0x9e3779b97f4a7c15ull; }
-   std::size_t operator()(Entry const& e) const noexcept { return spread(e.hash); }
+   std::size_t operator()(Entry const& e) const noexcept { return spread(e.handle->hash()); }
    std::size_t operator()(ContentKey const& k) const noexcept { return spread(k.hash); }
    std::size_t operator()(EqualKey const& k) const noexcept { return spread(k.hash); }
    std::size_t operator()(IdentityKey const& k) const noexcept { return spread(k.hash); }
@@ -53,10 +54,10 @@ struct EntryEq {
    using is_transparent = void;
    bool operator()(Entry const& a, Entry const& b) const noexcept { return a.handle == b.handle; }
    bool operator()(Entry const& a, ContentKey const& k) const noexcept {
-      return a.hash == k.hash && a.handle->compareByContent(*k.content);
+      return a.handle->compareByContent(*k.content);
    }
    bool operator()(Entry const& a, EqualKey const& k) const noexcept {
-      return a.hash == k.hash && a.handle->compare(k.handle);
+      return a.handle->compare(k.handle);
    }
    bool operator()(Entry const& a, IdentityKey const& k) const noexcept {
       return a.handle == k.handle;
@@ -276,7 +277,7 @@ DedupHandle::Ptr DedupHashTable::dedup(DedupHandle::Ptr const& handle) {
    h->releaseHookedIs(true);
    {
       WriteGuard exclusive(*this, shard);
-      shard.entries.insert(Entry{hash, h});
+      shard.entries.insert(Entry{h});
    }
    if (notifiee_) {
       notifiee_->handleInsert(handle);
