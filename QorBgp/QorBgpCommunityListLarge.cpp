@@ -87,7 +87,7 @@ bool LargeCommList::compareByContent(Zup::DedupContentHandle const&) const noexc
 
 std::string LargeCommList::serialize() const {
    QOR_ASSERT(commVectorSorted());
-   return serializeWordsAttribute(largeCommunity, optionalTransitive, commVector_);
+   return SerializePathAttribute::serializeWords(largeCommunity, optionalTransitive, commVector_);
 }
 
 RouteMap::CommListSnapshot::Ptr LargeCommList::commSnapshot() const {

@@ -228,7 +228,7 @@ CommList::PtrConst CommList::dedupValues(CommListDedupTable const* table, std::s
 
 std::string CommList::serialize() const {
    QOR_ASSERT(commVectorSorted());
-   return serializeWordsAttribute(community, optionalTransitive, commVector_);
+   return SerializePathAttribute::serializeWords(community, optionalTransitive, commVector_);
 }
 
 void CommList::appendText(Kiv::DynamicBufferInterface& out) const {

@@ -168,13 +168,13 @@ std::string wordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
 
 } // namespace
 
-std::string serializeWordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
-                                    std::span<U32 const> elements) {
+std::string SerializePathAttribute::serializeWords(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                                   std::span<U32 const> elements) {
    return wordsAttribute(type, flags, elements);
 }
 
-std::string serializeWordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
-                                    std::span<Acl::CommunityValue const> elements) {
+std::string SerializePathAttribute::serializeWords(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                                   std::span<Acl::CommunityValue const> elements) {
    static_assert(sizeof(Acl::CommunityValue) == 3 * sizeof(U32));
    return wordsAttribute(type, flags, elements);
 }

@@ -7,6 +7,10 @@
 //   for (U32 comm : comms) out.addU32hton(comm);
 //   std::string attribute = out.serializedString();   // header + 4n bytes
 //
+// or, for lists of 32-bit words, in one call:
+//
+//   std::string attribute = SerializePathAttribute::serializeWords(community, optionalTransitive, comms);
+//
 // Writers are not copyable or movable (their first bytes live inline) and not
 // thread-safe; they are meant to live on the stack of one serialising call.
 #pragma once
@@ -97,6 +101,16 @@ class QORBGP_EXPORT SerializePathAttribute : public Serialize {
    U32 headerSize() const noexcept { return headerSize_; }
    U32 attrSize() const noexcept { return attrSize_; }
 
+   // The whole attribute whose value is `elements`, each 32-bit word in
+   // network byte order (a large community is its three words in order),
+   // built in one allocation of exactly its size, no writer needed: the
+   // header as reInitHdr writes it (same assertions), then the words. The
+   // fast path of the standard and large community lists.
+   static std::string serializeWords(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                     std::span<U32 const> elements);
+   static std::string serializeWords(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                     std::span<Acl::CommunityValue const> elements);
+
  protected:
    // A writer with no header yet.
    SerializePathAttribute() noexcept = default;
@@ -133,16 +147,6 @@ class QORBGP_EXPORT SerializePathAttributeAutoExtLen : public SerializePathAttri
    // The inherited whole-buffer form would include unused placeholder bytes.
    std::string serializedString() const = delete;
 };
-
-// The whole attribute whose value is `elements`, each 32-bit word in network
-// byte order (a large community is its three words in order), in one
-// allocation of exactly its size: the header as SerializePathAttribute writes
-// it (same assertions), then the words. The fast path of the standard and
-// large community lists.
-QORBGP_EXPORT std::string serializeWordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
-                                                  std::span<U32 const> elements);
-QORBGP_EXPORT std::string serializeWordsAttribute(BgpPathAttrType type, BgpPathAttrFlag flags,
-                                                  std::span<Acl::CommunityValue const> elements);
 
 // A Prefix-SID TLV: the writer starts with the TLV header (type octet, then
 // `length` in two octets, network order); the caller appends `length` value

@@ -212,9 +212,9 @@ void BM_StandardListText(benchmark::State& state) {
             if (p + 24 > buffer + sizeof buffer) {
                break; // longer lists are rare; their tail is not rendered
             }
-            p = std::to_chars(p, buffer + sizeof buffer, v >> 16).ptr;
+            p = std::to_chars(p, p + 5, v >> 16).ptr;
             *p++ = ':';
-            p = std::to_chars(p, buffer + sizeof buffer, v & 0xffff).ptr;
+            p = std::to_chars(p, p + 5, v & 0xffff).ptr;
             *p++ = ' ';
          }
          benchmark::DoNotOptimize(std::string(buffer, p));

@@ -97,12 +97,12 @@ TEST(SerializeWordsAttribute, OneWriteMatchesTheGeneralWriter) {
       for (U32 word : part) {
          general.addU32hton(word);
       }
-      EXPECT_EQ(serializeWordsAttribute(community, optionalTransitive, part),
+      EXPECT_EQ(SerializePathAttribute::serializeWords(community, optionalTransitive, part),
                 general.serializedString())
          << count;
    }
    Acl::CommunityValue const large[] = {{1, 2, 3}, {0xFFFFFFFF, 0, 0x01020304}};
-   expectBytes(serializeWordsAttribute(largeCommunity, optionalTransitive, large),
+   expectBytes(SerializePathAttribute::serializeWords(largeCommunity, optionalTransitive, large),
                {0xC0, 32, 24, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3,
                 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 1, 2, 3, 4});
 }
@@ -129,7 +129,7 @@ TEST(SerializeDeathTest, HeaderFieldsMustFit) {
    EXPECT_DEATH(autoLen.patchHdrAndStringify(extCommunity, optionalTransitive),
                 "assertion failed: attrSize <= 0xFFFF");
    std::vector<U32> const tooLong(0x4000); // 65536 value bytes
-   EXPECT_DEATH(serializeWordsAttribute(community, optionalTransitive, tooLong),
+   EXPECT_DEATH(SerializePathAttribute::serializeWords(community, optionalTransitive, tooLong),
                 "assertion failed: attrSize <= 0xFFFF");
 }
 
