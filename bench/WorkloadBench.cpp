@@ -194,21 +194,36 @@ void BM_DecodeInternFullTables(benchmark::State& state) {
    setRatio(state, ns, floorNs);
 }
 
-void BM_StandardListText(benchmark::State& state) {
+// One pass of `library` and of `floor` over every standard list of the
+// workload, each list once per occurrence: ns per list against the floor.
+template <class Library, class FloorPass>
+void perStandardList(benchmark::State& state, Library&& library, FloorPass&& floor) {
    auto tables = communityTablesFactory();
    Decoded held;
    decodeAll(*tables, &held);
+   double const perList =
+      double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
+   auto pass = [&](auto&& work) {
+      return [&] {
+         for (auto const& list : held.standard) {
+            work(*list);
+         }
+      };
+   };
    double ns = 0;
    for (auto _ : state) {
-      ns = nsPerOccurrence([&] {
-         for (auto const& list : held.standard) benchmark::DoNotOptimize(list->toStrep());
-      }, 1) * double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
+      ns = nsPerOccurrence(pass(library), 1) * perList;
    }
-   double const floorNs = nsPerOccurrence([&] {
-      for (auto const& list : held.standard) {
+   setRatio(state, ns, nsPerOccurrence(pass(floor)) * perList);
+}
+
+void BM_StandardListText(benchmark::State& state) {
+   perStandardList(
+      state, [](CommList const& list) { benchmark::DoNotOptimize(list.toStrep()); },
+      [](CommList const& list) {
          char buffer[16 * 1024];
          char* p = buffer;
-         for (U32 v : *list->commVectorRawPtr()) {
+         for (U32 v : *list.commVectorRawPtr()) {
             if (p + 24 > buffer + sizeof buffer) {
                break; // longer lists are rare; their tail is not rendered
             }
@@ -218,30 +233,18 @@ void BM_StandardListText(benchmark::State& state) {
             *p++ = ' ';
          }
          benchmark::DoNotOptimize(std::string(buffer, p));
-      }
-   }) * double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
-   setRatio(state, ns, floorNs);
+      });
 }
 
 void BM_StandardListWire(benchmark::State& state) {
-   auto tables = communityTablesFactory();
-   Decoded held;
-   decodeAll(*tables, &held);
-   double ns = 0;
-   for (auto _ : state) {
-      ns = nsPerOccurrence([&] {
-         for (auto const& list : held.standard) benchmark::DoNotOptimize(list->serialize());
-      }, 1) * double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
-   }
-   double const floorNs = nsPerOccurrence([&] {
-      for (auto const& list : held.standard) {
-         auto const& v = *list->commVectorRawPtr();
+   perStandardList(
+      state, [](CommList const& list) { benchmark::DoNotOptimize(list.serialize()); },
+      [](CommList const& list) {
+         auto const& v = *list.commVectorRawPtr();
          std::string out(3 + 4 * v.size(), '\0');
          std::memcpy(out.data() + 3, v.data(), 4 * v.size());
          benchmark::DoNotOptimize(out);
-      }
-   }) * double(workload.size()) / double(std::max<std::size_t>(1, held.standard.size()));
-   setRatio(state, ns, floorNs);
+      });
 }
 
 // Route-map matching of every occurrence, afresh and through the memo.
@@ -275,12 +278,45 @@ void BM_RouteMapMatch(benchmark::State& state) {
 
 // Interning from one and from two threads into multi-threaded tables (empty
 // each round), each thread holding what it decoded the way paths hold their
-// lists: attributes per second. The threads share the work in blocks, so
-// that both meet the workload's hot lists at the same time. Rounds of one
-// and of two threads alternate and each reports its median, so that the
-// ratio holds when the machine's speed drifts.
-double internRound(int threads) {
-   auto tables = communityTablesFactory();
+// lists: attributes per second. Rounds of one and of two threads alternate
+// and each reports its median, so that the ratio holds when the machine's
+// speed drifts. Two more pairs of rounds frame it: the floor (each thread
+// interns into a set of its own: what the machine gives two threads at that
+// moment) and the library with private tables per thread (no list shared
+// between the threads: what sharing the hot lists costs).
+
+// Calls `visit(occurrence)` for thread `t`'s share of the workload: blocks of
+// 64 occurrences dealt out in turn, so that the threads meet the workload's
+// hot lists at the same time.
+template <class Visit>
+void forShare(int t, int threads, Visit&& visit) {
+   constexpr std::size_t block = 64;
+   auto const step = static_cast<std::size_t>(threads) * block;
+   for (std::size_t b = static_cast<std::size_t>(t) * block; b < workload.size(); b += step) {
+      for (std::size_t i = b; i < std::min(b + block, workload.size()); ++i) {
+         visit(workload[i]);
+      }
+   }
+}
+
+// Runs `work(t)` on `threads` threads at once: occurrences per second.
+template <class Work>
+double perSecond(int threads, Work&& work) {
+   auto start = std::chrono::steady_clock::now();
+   std::vector<std::thread> workers;
+   for (int t = 0; t < threads; ++t) {
+      workers.emplace_back([&, t] { work(t); });
+   }
+   for (auto& w : workers) w.join();
+   return double(workload.size()) /
+          std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double internRound(int threads, bool privateTables) {
+   std::vector<CommunityTables::Ptr> tables{communityTablesFactory()};
+   while (privateTables && tables.size() < static_cast<std::size_t>(threads)) {
+      tables.push_back(communityTablesFactory());
+   }
    // Each thread's paths live in its own vector, handed over at the end (a
    // vector of vectors would put their sizes on one contended line).
    std::vector<std::vector<AnyCommList>> held(static_cast<std::size_t>(threads));
@@ -288,84 +324,60 @@ double internRound(int threads) {
       paths.resize(workload.size() / static_cast<std::size_t>(threads) + 1); // touch the pages now
       paths.clear();
    }
-   auto start = std::chrono::steady_clock::now();
-   std::vector<std::thread> workers;
-   for (int t = 0; t < threads; ++t) {
-      workers.emplace_back([&, t] {
-         std::vector<AnyCommList> paths = std::move(held[static_cast<std::size_t>(t)]);
-         constexpr std::size_t block = 64;
-         auto const step = static_cast<std::size_t>(threads) * block;
-         for (std::size_t b = static_cast<std::size_t>(t) * block; b < workload.size(); b += step) {
-            for (std::size_t i = b; i < std::min(b + block, workload.size()); ++i) {
-               auto const& o = workload[i];
-               paths.push_back(decodeAttribute(*tables, o.type, o.value).list);
-            }
-         }
-         held[static_cast<std::size_t>(t)] = std::move(paths);
+   return perSecond(threads, [&](int t) {
+      auto const slot = static_cast<std::size_t>(t);
+      CommunityTables const& mine = *tables[privateTables ? slot : 0];
+      std::vector<AnyCommList> paths = std::move(held[slot]);
+      forShare(t, threads, [&](Occurrence const& o) {
+         paths.push_back(decodeAttribute(mine, o.type, o.value).list);
       });
-   }
-   for (auto& w : workers) w.join();
-   return double(workload.size()) /
-          std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+      held[slot] = std::move(paths);
+   });
 }
 
-// The floor of the same rounds: each thread interns its share into a set of
-// its own, so the threads share nothing. Its speedup is what the machine
-// gives two threads at that moment.
 double floorRound(int threads, std::vector<U32> const& listHashes) {
-   auto start = std::chrono::steady_clock::now();
-   std::vector<std::thread> workers;
-   for (int t = 0; t < threads; ++t) {
-      workers.emplace_back([&, t] {
-         absl::flat_hash_set<U64> values;
-         std::size_t found = 0;
-         constexpr std::size_t block = 64;
-         auto const step = static_cast<std::size_t>(threads) * block;
-         for (std::size_t b = static_cast<std::size_t>(t) * block; b < workload.size(); b += step) {
-            for (std::size_t i = b; i < std::min(b + block, workload.size()); ++i) {
-               Occurrence const& o = workload[i];
-               std::size_t const element = o.type == 32 ? 12 : o.type == 8 ? 4 : 8;
-               for (std::size_t k = 0; k + element <= o.value.size(); k += element) {
-                  U64 key = 0;
-                  std::memcpy(&key, o.value.data() + k, std::min<std::size_t>(element, 8));
-                  values.insert(key);
-               }
-               found += std::binary_search(listHashes.begin(), listHashes.end(),
-                                           Floor::listHash(o.value));
-            }
+   return perSecond(threads, [&](int t) {
+      absl::flat_hash_set<U64> values;
+      std::size_t found = 0;
+      forShare(t, threads, [&](Occurrence const& o) {
+         std::size_t const element = o.type == 32 ? 12 : o.type == 8 ? 4 : 8;
+         for (std::size_t k = 0; k + element <= o.value.size(); k += element) {
+            U64 key = 0;
+            std::memcpy(&key, o.value.data() + k, std::min<std::size_t>(element, 8));
+            values.insert(key);
          }
-         benchmark::DoNotOptimize(found);
+         found += std::binary_search(listHashes.begin(), listHashes.end(),
+                                     Floor::listHash(o.value));
       });
-   }
-   for (auto& w : workers) w.join();
-   return double(workload.size()) /
-          std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+      benchmark::DoNotOptimize(found);
+   });
 }
 
 void BM_MultiThreadedIntern(benchmark::State& state) {
    QorBgpGlobals::multiThreadedIs(true);
    Floor const floor = fullFloor();
-   std::vector<double> one, two, floorOne, floorTwo;
+   std::vector<double> rates[6]; // shared 1, 2; private 1, 2; floor 1, 2
    for (auto _ : state) {
       for (int round = 0; round < 7; ++round) {
-         one.push_back(internRound(1));
-         two.push_back(internRound(2));
-         floorOne.push_back(floorRound(1, floor.listHashes));
-         floorTwo.push_back(floorRound(2, floor.listHashes));
+         for (int threads = 1; threads <= 2; ++threads) {
+            rates[threads - 1].push_back(internRound(threads, false));
+            rates[threads + 1].push_back(internRound(threads, true));
+            rates[threads + 3].push_back(floorRound(threads, floor.listHashes));
+         }
       }
    }
    QorBgpGlobals::multiThreadedIs(false);
    Kiv::PtrInterface::threadSafeIs(false);
-   auto median = [](std::vector<double>& v) {
-      std::sort(v.begin(), v.end());
-      return v[v.size() / 2];
-   };
-   double const speedup = median(two) / median(one);
-   double const floorSpeedup = median(floorTwo) / median(floorOne);
-   state.counters["attrs_per_s_1_thread"] = median(one);
-   state.counters["attrs_per_s_2_threads"] = median(two);
-   state.counters["speedup"] = speedup;
-   state.counters["floor_speedup"] = floorSpeedup;
+   double median[6];
+   for (int i = 0; i < 6; ++i) {
+      std::sort(rates[i].begin(), rates[i].end());
+      median[i] = rates[i][rates[i].size() / 2];
+   }
+   state.counters["attrs_per_s_1_thread"] = median[0];
+   state.counters["attrs_per_s_2_threads"] = median[1];
+   state.counters["speedup"] = median[1] / median[0];
+   state.counters["speedup_private_tables"] = median[3] / median[2];
+   state.counters["floor_speedup"] = median[5] / median[4];
 }
 
 // Heap per distinct list of each kind, against the floor's bytes for the
