@@ -133,15 +133,20 @@ CommunityDecodeResult<LargeCommList::PtrConst> decodeLargeCommunities(CommunityT
        !error.empty()) {
       return malformed<LargeCommList::PtrConst>(std::move(error));
    }
-   LargeCommList::Ptr list = largeCommListFactory();
-   list->commVectorRawPtrNonConst()->reserve(value.size() / largeCommunitySize);
-   for (std::size_t at = 0; at < value.size(); at += largeCommunitySize) {
-      U8 const* element = value.data() + at;
-      list->commIs(Acl::CommunityValue{loadNetworkOrder<U32>(element),
-                                       loadNetworkOrder<U32>(element + 4),
-                                       loadNetworkOrder<U32>(element + 8)});
+   // Looked up before any list is built, as for standard communities.
+   constexpr std::size_t inlineValues = 16;
+   std::size_t const count = value.size() / largeCommunitySize;
+   Acl::CommunityValue inlineBuffer[inlineValues];
+   std::vector<Acl::CommunityValue> heapBuffer(count > inlineValues ? count : 0);
+   std::span<Acl::CommunityValue> values(count > inlineValues ? heapBuffer.data() : inlineBuffer,
+                                         count);
+   for (std::size_t i = 0; i < count; ++i) {
+      U8 const* element = value.data() + i * largeCommunitySize;
+      values[i] = Acl::CommunityValue{loadNetworkOrder<U32>(element),
+                                      loadNetworkOrder<U32>(element + 4),
+                                      loadNetworkOrder<U32>(element + 8)};
    }
-   return decoded(list->dedup(tables.largeCommListDedupTable().get()));
+   return decoded(LargeCommList::dedupValues(tables.largeCommListDedupTable().get(), values));
 }
 
 CommunityDecodeResult<ExtCommList::PtrConst> decodeExtCommunities(CommunityTables const& tables,

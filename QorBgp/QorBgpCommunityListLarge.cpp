@@ -14,6 +14,21 @@ constexpr std::size_t policyTextInlineCapacity = 512;
 // The smallest global administrator that asdot writes in two halves.
 constexpr U32 asdotMin = 65536;
 
+// What dedupValues looks a list up by: its sorted, unique values.
+struct LargeCommListContent : Zup::DedupContentHandle {
+   std::span<Acl::CommunityValue const> values;
+};
+
+U32 valuesHash(std::span<Acl::CommunityValue const> values) noexcept {
+   U32 hash = 0;
+   for (Acl::CommunityValue const& value : values) {
+      hash = detail::jenkinsAddU32(hash, value.globalAdmin);
+      hash = detail::jenkinsAddU32(hash, value.localData1);
+      hash = detail::jenkinsAddU32(hash, value.localData2);
+   }
+   return Kiv::jenkinsFinish(hash);
+}
+
 } // namespace
 
 std::size_t LargeCommunityFormatter::format(Kiv::DynamicBufferInterface& buffer,
@@ -51,14 +66,22 @@ LargeCommList::PtrConst LargeCommList::dedup(LargeCommListDedupTable const* tabl
    return table->dedupAs<LargeCommList>(PtrConst(this));
 }
 
-void LargeCommList::cacheHash() noexcept {
-   U32 hash = 0;
-   for (Acl::CommunityValue const& value : commVector_) {
-      hash = detail::jenkinsAddU32(hash, value.globalAdmin);
-      hash = detail::jenkinsAddU32(hash, value.localData1);
-      hash = detail::jenkinsAddU32(hash, value.localData2);
+void LargeCommList::cacheHash() noexcept { hash_ = valuesHash(commVector_); }
+
+LargeCommList::PtrConst LargeCommList::dedupValues(LargeCommListDedupTable const* table,
+                                                   std::span<Acl::CommunityValue> values) {
+   std::sort(values.begin(), values.end());
+   values = values.first(static_cast<std::size_t>(std::unique(values.begin(), values.end()) -
+                                                  values.begin()));
+   LargeCommListContent content;
+   content.values = values;
+   if (auto found =
+          table->dedupTable()->lookupByContentAs<LargeCommList>(content, valuesHash(values))) {
+      return found;
    }
-   hash_ = Kiv::jenkinsFinish(hash);
+   LargeCommList::Ptr list = largeCommListFactory();
+   list->commVector_.assign(values.begin(), values.end());
+   return list->dedup(table);
 }
 
 void LargeCommList::storedFlagsIs(U32 flags) noexcept {
@@ -81,8 +104,9 @@ bool LargeCommList::compare(Zup::DedupHandle const* other) const noexcept {
    return static_cast<LargeCommList const*>(other)->commVector_ == commVector_;
 }
 
-bool LargeCommList::compareByContent(Zup::DedupContentHandle const&) const noexcept {
-   return false;
+bool LargeCommList::compareByContent(Zup::DedupContentHandle const& content) const noexcept {
+   auto const& values = static_cast<LargeCommListContent const&>(content).values;
+   return std::equal(values.begin(), values.end(), commVector_.begin(), commVector_.end());
 }
 
 std::string LargeCommList::serialize() const {

@@ -13,6 +13,7 @@
 #include "platform/Types.h"
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -71,6 +72,12 @@ class QORBGP_EXPORT LargeCommList : public KivHoard::DedupHandle {
    // the hash, intern in `table`) and returns the resident equal list or
    // this one; never null.
    PtrConst dedup(LargeCommListDedupTable const* table);
+   // The list of the given values, sorted and de-duplicated here in place:
+   // the resident equal list when there is one (found without building a
+   // list), else a new one of exactly these values, interned. See
+   // CommList::dedupValues.
+   static PtrConst dedupValues(LargeCommListDedupTable const* table,
+                               std::span<Acl::CommunityValue> values);
 
    bool commVectorSorted() const noexcept { return commVectorSorted_; }
 
@@ -90,7 +97,8 @@ class QORBGP_EXPORT LargeCommList : public KivHoard::DedupHandle {
    // Same communities in the same order (`other` is a LargeCommList).
    // Asserts "commVectorSorted()".
    bool compare(Zup::DedupHandle const* other) const noexcept override;
-   // Lists are interned by handle, never looked up by content: always false.
+   // True when `content`, the sorted values dedupValues looks a list up by,
+   // are this list's.
    bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
    // The whole LARGE_COMMUNITY path attribute: flags 0xC0, type 32, a length

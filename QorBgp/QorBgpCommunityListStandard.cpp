@@ -1,6 +1,7 @@
 #include "QorBgp/QorBgpCommunityListStandard.h"
 
 #include "QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgp/QorBgpCommunityListStandardCache.h"
 #include "QorBgp/QorBgpCommunityListVector.h"
 #include "QorBgp/QorBgpSerialize.h"
 #include "platform/DynamicBuffer.h"
@@ -216,15 +217,30 @@ CommList::PtrConst CommList::dedupValues(CommListDedupTable const* table, std::s
    std::sort(values.begin(), values.end());
    values = values.first(static_cast<std::size_t>(std::unique(values.begin(), values.end()) -
                                                   values.begin()));
+   Zup::DedupHashTable const& dedupTable = *table->dedupTable();
+   U32 const hash = valuesHash(values);
+   detail::CommListThreadCache* cache = nullptr;
+   if (dedupTable.multiThreaded()) {
+      cache = &detail::CommListThreadCache::forThisThread();
+      if (auto cached = cache->find(dedupTable, values, hash)) {
+         return cached;
+      }
+   }
    CommListContent content;
    content.values = values;
-   if (auto found = table->dedupTable()->lookupByContentAs<CommList>(content, valuesHash(values))) {
-      return found;
+   PtrConst list = dedupTable.lookupByContentAs<CommList>(content, hash);
+   if (!list) {
+      CommList::Ptr built = commListFactory();
+      built->commVector_.assign(values.begin(), values.end());
+      list = built->dedup(table);
    }
-   CommList::Ptr list = commListFactory();
-   list->commVector_.assign(values.begin(), values.end());
-   return list->dedup(table);
+   if (cache) {
+      cache->remember(dedupTable, *list);
+   }
+   return list;
 }
+
+void CommList::releaseThreadCache() noexcept { detail::CommListThreadCache::forThisThread().clear(); }
 
 std::string CommList::serialize() const {
    QOR_ASSERT(commVectorSorted());

@@ -173,7 +173,8 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    // Same communities in the same order (`other` is a CommList). Asserts
    // "commVectorSorted()".
    bool compare(Zup::DedupHandle const* other) const noexcept override;
-   // Lists are interned by handle, never looked up by content: always false.
+   // True when `content`, the sorted values dedupValues looks a list up by,
+   // are this list's.
    bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
    // The whole COMMUNITIES path attribute: flags 0xC0, type 8, a length of
@@ -188,6 +189,13 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    // list), else a new one of exactly these values, interned. The fast path
    // of decoding: most attributes a router receives carry a list it holds.
    static PtrConst dedupValues(CommListDedupTable const* table, std::span<U32> values);
+   // In multi-threaded tables each thread remembers the lists it looked up
+   // this way, with references to hand out taken in batches, so that threads
+   // decoding the same popular lists do not contend for their counts. Those
+   // references keep a list interned after its last path has let go, until
+   // another list takes its place in the cache, the thread ends, or the
+   // thread calls this.
+   static void releaseThreadCache() noexcept;
 
    // Appends that text: names for well-known communities, colon form otherwise.
    void appendText(Kiv::DynamicBufferInterface& out) const;

@@ -75,6 +75,7 @@ void BM_ExtCommListMemory(benchmark::State& state) {
    double perList = 0;
    for (auto _ : state) {
       pool();
+      bench::HeapCounting counting;
       std::size_t const before = bench::liveHeapBytes();
       std::vector<ExtCommList::PtrConst> held;
       held.reserve(lists);
@@ -132,6 +133,7 @@ void BM_CommListMemory(benchmark::State& state) {
    for (auto _ : state) {
       std::vector<CommList::PtrConst> held;
       held.reserve(lists);
+      bench::HeapCounting counting;
       std::size_t const before = bench::liveHeapBytes();
       for (U32 i = 0; i < lists; ++i) {
          held.push_back(standardList(table.get(), i * size, size));

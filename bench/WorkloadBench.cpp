@@ -387,6 +387,7 @@ void BM_Memory(benchmark::State& state) {
    double perStandard = 0, floorStandard = 0, millionPathsExtra = 0;
    std::size_t distinctStandard = 0;
    for (auto _ : state) {
+      bench::HeapCounting counting;
       std::size_t const before = bench::liveHeapBytes();
       auto tables = communityTablesFactory();
       Decoded held;

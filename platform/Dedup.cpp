@@ -33,10 +33,26 @@ void DedupHandle::referencesDecHooked() const noexcept {
 namespace KivHoard {
 
 namespace {
-std::atomic<U64> nextSerial{1}; // 0 is never a serial
+
+std::atomic<U64> nextSerialBlock{1}; // 0 is never a serial
+
+// Serials are handed to threads in blocks, so that threads building lists
+// at once do not all write one counter.
+constexpr U64 serialBlockSize = 1024;
+
+U64 newSerial() noexcept {
+   thread_local U64 next = 0;
+   thread_local U64 blockEnd = 0;
+   if (next == blockEnd) {
+      next = nextSerialBlock.fetch_add(serialBlockSize, std::memory_order_relaxed);
+      blockEnd = next + serialBlockSize;
+   }
+   return next++;
+}
+
 } // namespace
 
-DedupHandle::DedupHandle() noexcept : serial_(nextSerial.fetch_add(1, std::memory_order_relaxed)) {}
+DedupHandle::DedupHandle() noexcept : serial_(newSerial()) {}
 
 DedupHandle::~DedupHandle() = default;
 

@@ -177,8 +177,14 @@ class DedupHashTable::WriteGuard {
 
 DedupHashTableLifeTimeNotifiee::~DedupHashTableLifeTimeNotifiee() = default;
 
+namespace {
+std::atomic<U64> nextTableSerial{1};
+} // namespace
+
 DedupHashTable::DedupHashTable(bool multiThreaded)
-    : multiThreaded_(multiThreaded), shardShift_(multiThreaded ? 32 - multiThreadedShardBits : 32),
+    : multiThreaded_(multiThreaded),
+      serial_(nextTableSerial.fetch_add(1, std::memory_order_relaxed)),
+      shardShift_(multiThreaded ? 32 - multiThreadedShardBits : 32),
       shards_(std::make_unique<Shard[]>(std::size_t{1} << (32 - shardShift_))),
       readers_(multiThreaded ? std::make_unique<ReaderSlot[]>(readerSlotCount) : nullptr) {
    QOR_ASSERT(!multiThreaded || Kiv::PtrInterface::threadSafe());

@@ -65,6 +65,9 @@ class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
    std::string_view fwkType() const noexcept { return "Zup::DedupHashTable"; }
 
    bool multiThreaded() const noexcept { return multiThreaded_; }
+   // Unique among the tables of the process for its whole run (never reused,
+   // unlike an address): what caches outside the table key it by.
+   U64 serial() const noexcept { return serial_; }
 
    // The resident handle whose content equals `content` (which hashes to
    // `hash`), with a reference taken for the caller; null when none.
@@ -110,6 +113,7 @@ class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
    void release(DedupHandle const* handle) const noexcept;
 
    bool const multiThreaded_;
+   U64 const serial_;
    unsigned const shardShift_; // shard index = hash >> shardShift_
    std::unique_ptr<Shard[]> shards_;
    std::unique_ptr<ReaderSlot[]> readers_; // multi-threaded form only

@@ -48,6 +48,28 @@ class QORBGP_EXPORT PtrInterface {
       }
    }
 
+   // Takes `count` references at once, for an owner that holds one already
+   // and hands the others out later.
+   void referencesIncBy(U32 count) const noexcept {
+      if (threadSafe_) {
+         references_.fetch_add(count, std::memory_order_relaxed);
+      } else {
+         references_.store(references_.load(std::memory_order_relaxed) + count,
+                           std::memory_order_relaxed);
+      }
+   }
+   // Drops `count` references of an owner that keeps at least one more, so
+   // that none of them can be the last. Asserts "before > count".
+   void referencesDecBy(U32 count) const noexcept {
+      U32 before;
+      if (threadSafe_) {
+         before = references_.fetch_sub(count, std::memory_order_release);
+      } else {
+         before = references_.load(std::memory_order_relaxed);
+         references_.store(before - count, std::memory_order_relaxed);
+      }
+      QOR_ASSERT(before > count);
+   }
    // Drops one reference; the last one calls zeroReferencesIs(), which
    // destroys the object. An object whose release is hooked (an interned
    // object, which must leave its table before only the table holds it)

@@ -107,5 +107,42 @@ TEST(CommListInterningStress, LookupsByValueRaceWithLastReleases) {
    EXPECT_EQ(tables->commListDedupTable()->dedupTable()->size(), 0u);
 }
 
+// The per-thread cache of lists looked up by value keeps them interned after
+// their paths let go, hands out counted references, and never answers for a
+// table other than the one it looked the list up in.
+TEST(CommListThreadCache, KeepsListsUntilReleasedAndTellsTablesApart) {
+   QorBgpGlobals::multiThreadedIs(true);
+   std::vector<U32> const values{0x00010002, 0x00010001};
+   auto lookUp = [&](CommunityTables const& tables) {
+      std::vector<U32> copy = values;
+      return CommList::dedupValues(tables.commListDedupTable().get(), copy);
+   };
+   auto tables = communityTablesFactory();
+   auto const& table = *tables->commListDedupTable()->dedupTable();
+   {
+      CommList::PtrConst first = lookUp(*tables);
+      std::vector<CommList::PtrConst> paths;
+      for (int i = 0; i < 100; ++i) { // past a batch of spare references
+         paths.push_back(lookUp(*tables));
+         EXPECT_EQ(paths.back(), first);
+      }
+      EXPECT_GE(first->references(), 1u + 101u); // the table's, and one per path
+   }
+   EXPECT_EQ(table.size(), 1u); // the cache still holds it
+   CommList::releaseThreadCache();
+   EXPECT_EQ(table.size(), 0u);
+
+   // A list cached for a table that is gone is not the answer for a new one,
+   // even at the same address.
+   CommList::PtrConst old = lookUp(*tables);
+   tables = nullptr;
+   EXPECT_FALSE(old->isDeduped());
+   auto fresh = communityTablesFactory();
+   CommList::PtrConst now = lookUp(*fresh);
+   EXPECT_NE(now, old);
+   EXPECT_TRUE(now->isDeduped());
+   CommList::releaseThreadCache();
+}
+
 } // namespace
 } // namespace Routing::Bgp
