@@ -1,6 +1,7 @@
 #include "QorBgp/QorBgpCommunityListStandardCache.h"
 
 #include <algorithm>
+#include <new>
 
 namespace Routing::Bgp::detail {
 
@@ -11,6 +12,9 @@ CommListThreadCache& CommListThreadCache::forThisThread() {
 
 CommList::PtrConst CommListThreadCache::find(Zup::DedupHashTable const& table,
                                              std::span<U32 const> values, U32 hash) noexcept {
+   if (!entries_) {
+      return nullptr;
+   }
    Entry& entry = entries_[hash & (entryCount - 1)];
    if (entry.list == nullptr || entry.tableSerial != table.serial() || entry.hash != hash ||
        entry.count != values.size() ||
@@ -29,6 +33,12 @@ CommList::PtrConst CommListThreadCache::find(Zup::DedupHashTable const& table,
 }
 
 void CommListThreadCache::remember(Zup::DedupHashTable const& table, CommList const& list) noexcept {
+   if (!entries_) {
+      entries_.reset(new (std::nothrow) Entry[entryCount]);
+      if (!entries_) {
+         return;
+      }
+   }
    Entry& entry = entries_[list.hash() & (entryCount - 1)];
    if (entry.list == &list && entry.tableSerial == table.serial()) {
       return;
@@ -44,8 +54,8 @@ void CommListThreadCache::remember(Zup::DedupHashTable const& table, CommList co
 }
 
 void CommListThreadCache::clear() noexcept {
-   for (Entry& entry : entries_) {
-      drop(entry);
+   for (std::size_t i = 0; entries_ && i < entryCount; ++i) {
+      drop(entries_[i]);
    }
 }
 

@@ -17,7 +17,7 @@
 #include "QorBgp/QorBgpCommunityListStandard.h"
 #include "platform/DedupHashTable.h"
 
-#include <array>
+#include <memory>
 #include <span>
 
 namespace Routing::Bgp::detail {
@@ -52,7 +52,7 @@ class CommListThreadCache {
       U32 references = 0; // the entry's own one plus the spares
       U32 credit = 0;     // hits banked against replacement
    };
-   static constexpr std::size_t entryCount = 1024; // a power of two
+   static constexpr std::size_t entryCount = 4096; // a power of two: 160 KiB
    // Spares taken at once when an entry runs out.
    static constexpr U32 spareBatch = 32;
    // A hit banks one credit, up to this; a miss that would replace the
@@ -62,7 +62,10 @@ class CommListThreadCache {
 
    static void drop(Entry& entry) noexcept;
 
-   std::array<Entry, entryCount> entries_{};
+   // Allocated on first use, so that threads that never look lists up in
+   // multi-threaded tables pay nothing; null after an allocation failure
+   // (then nothing is cached).
+   std::unique_ptr<Entry[]> entries_;
 };
 
 } // namespace Routing::Bgp::detail
