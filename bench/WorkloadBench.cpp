@@ -380,42 +380,82 @@ void BM_MultiThreadedIntern(benchmark::State& state) {
    state.counters["floor_speedup"] = median[5] / median[4];
 }
 
-// Heap per distinct list of each kind, against the floor's bytes for the
-// same lists (their values in an exact-size array plus one hash-table slot),
-// and a million paths each holding one reference to its list.
-void BM_Memory(benchmark::State& state) {
-   double perStandard = 0, floorStandard = 0, millionPathsExtra = 0;
-   std::size_t distinctStandard = 0;
-   for (auto _ : state) {
-      bench::HeapCounting counting;
-      std::size_t const before = bench::liveHeapBytes();
-      auto tables = communityTablesFactory();
-      Decoded held;
-      decodeAll(*tables, &held);
-      std::sort(held.standard.begin(), held.standard.end());
-      held.standard.erase(std::unique(held.standard.begin(), held.standard.end()), held.standard.end());
-      distinctStandard = held.standard.size();
-      std::size_t valueBytes = 0;
-      for (auto const& l : held.standard) valueBytes += 4 * l->comms();
-      // Only the standard lists stay alive for this measurement.
-      held.large.clear();
-      held.extended.clear();
-      std::size_t const heldBytes = bench::liveHeapBytes() - before - held.standard.capacity() * 8;
-      perStandard = double(heldBytes) / double(std::max<std::size_t>(1, distinctStandard));
-      floorStandard = double(valueBytes + distinctStandard * 16) / double(std::max<std::size_t>(1, distinctStandard));
+// Heap per distinct list of one kind: the workload's occurrences of attribute
+// `type` decoded into fresh tables, one reference kept per distinct list. It
+// counts the lists, their values and the tables' growth, not the tables'
+// fixed parts (made before counting starts). The floor is the same lists'
+// values in exact-size arrays plus 16 bytes a list (hash and place in a
+// sorted array).
+struct KindMemory {
+   std::size_t lists = 0;
+   double bytesPerList = 0;
+   double floorBytesPerList = 0;
+};
 
-      std::size_t const beforePaths = bench::liveHeapBytes();
+template <class ListPtr>
+KindMemory kindMemory(U8 type, std::size_t elementSize, std::vector<ListPtr>* keep) {
+   auto tables = communityTablesFactory();
+   std::vector<ListPtr> lists;
+   lists.reserve(static_cast<std::size_t>(std::count_if(
+      workload.begin(), workload.end(), [&](Occurrence const& o) { return o.type == type; })));
+   bench::HeapCounting counting;
+   std::size_t const before = bench::liveHeapBytes();
+   for (Occurrence const& o : workload) {
+      if (o.type == type) {
+         AnyCommList decoded = decodeAttribute(*tables, type, o.value).list;
+         if (auto* list = std::get_if<ListPtr>(&decoded)) {
+            lists.push_back(std::move(*list));
+         }
+      }
+   }
+   std::sort(lists.begin(), lists.end());
+   lists.erase(std::unique(lists.begin(), lists.end()), lists.end()); // frees lists only
+   KindMemory memory;
+   memory.lists = lists.size();
+   std::size_t valueBytes = 0;
+   for (auto const& list : lists) {
+      valueBytes += elementSize * list->comms();
+   }
+   double const count = double(std::max<std::size_t>(1, lists.size()));
+   memory.bytesPerList = double(bench::liveHeapBytes() - before) / count;
+   memory.floorBytesPerList = double(valueBytes + 16 * lists.size()) / count;
+   if (keep) {
+      *keep = std::move(lists);
+   }
+   return memory;
+}
+
+// Heap per distinct list of each kind against the floor, and a million
+// paths each holding one reference to its standard list.
+void BM_Memory(benchmark::State& state) {
+   KindMemory standard, large, extended;
+   double millionPathsExtra = 0;
+   for (auto _ : state) {
+      std::vector<CommList::PtrConst> standardLists;
+      standard = kindMemory<CommList::PtrConst>(community, 4, &standardLists);
+      large = kindMemory<LargeCommList::PtrConst>(largeCommunity, 12, nullptr);
+      extended = kindMemory<ExtCommList::PtrConst>(extCommunity, 8, nullptr);
+
       std::vector<CommList::PtrConst> paths;
       paths.reserve(1000000);
-      for (std::size_t i = 0; i < 1000000 && !held.standard.empty(); ++i) {
-         paths.push_back(held.standard[i % held.standard.size()]);
+      bench::HeapCounting counting;
+      std::size_t const beforePaths = bench::liveHeapBytes();
+      for (std::size_t i = 0; i < 1000000 && !standardLists.empty(); ++i) {
+         paths.push_back(standardLists[i % standardLists.size()]);
       }
-      millionPathsExtra = double(bench::liveHeapBytes() - beforePaths) - double(paths.capacity() * 8);
+      millionPathsExtra = double(bench::liveHeapBytes() - beforePaths);
    }
-   state.counters["distinct_standard_lists"] = double(distinctStandard);
-   state.counters["bytes_per_standard_list"] = perStandard;
-   state.counters["floor_bytes"] = floorStandard;
-   state.counters["ratio"] = floorStandard > 0 ? perStandard / floorStandard : 0;
+   auto report = [&](char const* kind, KindMemory const& memory) {
+      std::string const name(kind);
+      state.counters["distinct_" + name + "_lists"] = double(memory.lists);
+      state.counters["bytes_per_" + name + "_list"] = memory.bytesPerList;
+      state.counters[name + "_ratio"] =
+         memory.floorBytesPerList > 0 ? memory.bytesPerList / memory.floorBytesPerList : 0;
+   };
+   report("standard", standard);
+   report("large", large);
+   report("extended", extended);
+   state.counters["floor_bytes_per_standard_list"] = standard.floorBytesPerList;
    state.counters["million_paths_extra_bytes"] = millionPathsExtra;
 }
 
