@@ -49,6 +49,12 @@ TEST(Ptr, CountFollowsCopyMoveConvertAndReset) {
       EXPECT_EQ(raw->references(), 4u);
       released->referencesDec();
 
+      // Batches: taken at once, given back at once while one stays.
+      raw->referencesIncBy(5);
+      EXPECT_EQ(raw->references(), 8u);
+      raw->referencesDecBy(5);
+      EXPECT_EQ(raw->references(), 3u);
+
       derived = nullptr;
       view = nullptr;
       EXPECT_EQ(raw->references(), 1u);
@@ -137,6 +143,9 @@ TEST(PtrDeathTest, ReleasingAnUnreferencedObjectAborts) {
           },
           "assertion failed: before > 0");
    }
+   // A batch that would include the last reference.
+   Counted::Ptr held = new Counted(&destroyed);
+   EXPECT_DEATH(held->referencesDecBy(1), "assertion failed: before > count");
 }
 
 } // namespace
