@@ -23,6 +23,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <chrono>
 #include <cstring>
@@ -285,27 +286,35 @@ void BM_RouteMapMatch(benchmark::State& state) {
 // moment) and the library with private tables per thread (no list shared
 // between the threads: what sharing the hot lists costs).
 
-// Calls `visit(occurrence)` for thread `t`'s share of the workload: blocks of
-// 64 occurrences dealt out in turn, so that the threads meet the workload's
-// hot lists at the same time.
-template <class Visit>
-void forShare(int t, int threads, Visit&& visit) {
-   constexpr std::size_t block = 64;
-   auto const step = static_cast<std::size_t>(threads) * block;
-   for (std::size_t b = static_cast<std::size_t>(t) * block; b < workload.size(); b += step) {
-      for (std::size_t i = b; i < std::min(b + block, workload.size()); ++i) {
-         visit(workload[i]);
+// The workload dealt out to the threads of a round in blocks of 64
+// occurrences, in order, each block to whichever thread asks next: the
+// threads meet the workload's hot lists at the same time, and a thread that
+// runs faster (the machine's cores need not be equally free) does more.
+class WorkShare {
+ public:
+   template <class Visit>
+   void forEach(Visit&& visit) {
+      constexpr std::size_t block = 64;
+      for (std::size_t b = next_.fetch_add(block, std::memory_order_relaxed); b < workload.size();
+           b = next_.fetch_add(block, std::memory_order_relaxed)) {
+         for (std::size_t i = b; i < std::min(b + block, workload.size()); ++i) {
+            visit(workload[i]);
+         }
       }
    }
-}
 
-// Runs `work(t)` on `threads` threads at once: occurrences per second.
+ private:
+   std::atomic<std::size_t> next_{0};
+};
+
+// Runs `work(t, share)` on `threads` threads at once: occurrences per second.
 template <class Work>
 double perSecond(int threads, Work&& work) {
+   WorkShare share;
    auto start = std::chrono::steady_clock::now();
    std::vector<std::thread> workers;
    for (int t = 0; t < threads; ++t) {
-      workers.emplace_back([&, t] { work(t); });
+      workers.emplace_back([&, t] { work(t, share); });
    }
    for (auto& w : workers) w.join();
    return double(workload.size()) /
@@ -321,14 +330,14 @@ double internRound(int threads, bool privateTables) {
    // vector of vectors would put their sizes on one contended line).
    std::vector<std::vector<AnyCommList>> held(static_cast<std::size_t>(threads));
    for (auto& paths : held) {
-      paths.resize(workload.size() / static_cast<std::size_t>(threads) + 1); // touch the pages now
+      paths.resize(workload.size()); // touch the pages now
       paths.clear();
    }
-   return perSecond(threads, [&](int t) {
+   return perSecond(threads, [&](int t, WorkShare& share) {
       auto const slot = static_cast<std::size_t>(t);
       CommunityTables const& mine = *tables[privateTables ? slot : 0];
       std::vector<AnyCommList> paths = std::move(held[slot]);
-      forShare(t, threads, [&](Occurrence const& o) {
+      share.forEach([&](Occurrence const& o) {
          paths.push_back(decodeAttribute(mine, o.type, o.value).list);
       });
       held[slot] = std::move(paths);
@@ -336,10 +345,10 @@ double internRound(int threads, bool privateTables) {
 }
 
 double floorRound(int threads, std::vector<U32> const& listHashes) {
-   return perSecond(threads, [&](int t) {
+   return perSecond(threads, [&](int, WorkShare& share) {
       absl::flat_hash_set<U64> values;
       std::size_t found = 0;
-      forShare(t, threads, [&](Occurrence const& o) {
+      share.forEach([&](Occurrence const& o) {
          std::size_t const element = o.type == 32 ? 12 : o.type == 8 ? 4 : 8;
          for (std::size_t k = 0; k + element <= o.value.size(); k += element) {
             U64 key = 0;
