@@ -8,11 +8,14 @@ using namespace Routing::Bgp;
 
 namespace {
 
-template <class Result>
-void note(Result const& result, PathLists& lists) {
+// Decodes one attribute into `slot`; a malformed one leaves it null and its
+// reason in the path's list of problems.
+template <class ListPtr>
+void decodeInto(ListPtr& slot, CommunityDecodeResult<ListPtr> result, PathLists& lists) {
    if (!result.ok()) {
-      lists.malformed.push_back(result.reason);
+      lists.malformed.push_back(std::move(result.reason));
    }
+   slot = std::move(result.list);
 }
 
 template <class Range, class Text>
@@ -34,30 +37,18 @@ PathLists decodePathLists(CommunityTables const& tables, mrt::Path const& path) 
    for (mrt::Attribute const& attribute : path.attributes) {
       std::span<U8 const> const value(attribute.value);
       switch (attribute.typeCode) {
-      case community: {
-         auto result = decodeCommunities(tables, value);
-         note(result, lists);
-         lists.standard = std::move(result.list);
+      case community:
+         decodeInto(lists.standard, decodeCommunities(tables, value), lists);
          break;
-      }
-      case largeCommunity: {
-         auto result = decodeLargeCommunities(tables, value);
-         note(result, lists);
-         lists.large = std::move(result.list);
+      case largeCommunity:
+         decodeInto(lists.large, decodeLargeCommunities(tables, value), lists);
          break;
-      }
-      case extCommunity: {
-         auto result = decodeExtCommunities(tables, value);
-         note(result, lists);
-         lists.extended = std::move(result.list);
+      case extCommunity:
+         decodeInto(lists.extended, decodeExtCommunities(tables, value), lists);
          break;
-      }
-      case extCommunityIp6: {
-         auto result = decodeExtCommunitiesIp6(tables, value);
-         note(result, lists);
-         lists.ip6 = std::move(result.list);
+      case extCommunityIp6:
+         decodeInto(lists.ip6, decodeExtCommunitiesIp6(tables, value), lists);
          break;
-      }
       default:
          break;
       }
