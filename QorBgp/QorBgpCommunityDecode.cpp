@@ -62,6 +62,21 @@ std::string lengthError(std::string_view kind, std::size_t elementSize, std::siz
    return reason;
 }
 
+// Reads the elements of `value` (whole elements of `elementSize` bytes) with
+// `read` into a buffer, on the stack when there are at most Inline of them,
+// and hands it to `use`.
+template <class T, std::size_t Inline, class Read, class Use>
+auto withElements(std::span<U8 const> value, std::size_t elementSize, Read read, Use use) {
+   std::size_t const count = value.size() / elementSize;
+   T inlineBuffer[Inline];
+   std::vector<T> heapBuffer(count > Inline ? count : 0);
+   std::span<T> elements(count > Inline ? heapBuffer.data() : inlineBuffer, count);
+   for (std::size_t i = 0; i < count; ++i) {
+      elements[i] = read(value.data() + i * elementSize);
+   }
+   return use(elements);
+}
+
 template <class ListPtr>
 CommunityDecodeResult<ListPtr> malformed(std::string reason) {
    return {communityDecodeMalformed, treatAsWithdraw, std::move(reason), nullptr};
@@ -115,16 +130,12 @@ CommunityDecodeResult<CommList::PtrConst> decodeCommunities(CommunityTables cons
       return malformed<CommList::PtrConst>(std::move(error));
    }
    // Looked up before any list is built: most attributes carry a list the
-   // table already holds. Typical lists fit the stack buffer.
-   constexpr std::size_t inlineValues = 64;
-   std::size_t const count = value.size() / communitySize;
-   U32 inlineBuffer[inlineValues];
-   std::vector<U32> heapBuffer(count > inlineValues ? count : 0);
-   std::span<U32> values(count > inlineValues ? heapBuffer.data() : inlineBuffer, count);
-   for (std::size_t i = 0; i < count; ++i) {
-      values[i] = loadNetworkOrder<U32>(value.data() + i * communitySize);
-   }
-   return decoded(CommList::dedupValues(tables.commListDedupTable().get(), values));
+   // table already holds.
+   return decoded(withElements<U32, 64>(
+      value, communitySize, [](U8 const* element) { return loadNetworkOrder<U32>(element); },
+      [&](std::span<U32> values) {
+         return CommList::dedupValues(tables.commListDedupTable().get(), values);
+      }));
 }
 
 CommunityDecodeResult<LargeCommList::PtrConst> decodeLargeCommunities(CommunityTables const& tables,
@@ -134,19 +145,16 @@ CommunityDecodeResult<LargeCommList::PtrConst> decodeLargeCommunities(CommunityT
       return malformed<LargeCommList::PtrConst>(std::move(error));
    }
    // Looked up before any list is built, as for standard communities.
-   constexpr std::size_t inlineValues = 16;
-   std::size_t const count = value.size() / largeCommunitySize;
-   Acl::CommunityValue inlineBuffer[inlineValues];
-   std::vector<Acl::CommunityValue> heapBuffer(count > inlineValues ? count : 0);
-   std::span<Acl::CommunityValue> values(count > inlineValues ? heapBuffer.data() : inlineBuffer,
-                                         count);
-   for (std::size_t i = 0; i < count; ++i) {
-      U8 const* element = value.data() + i * largeCommunitySize;
-      values[i] = Acl::CommunityValue{loadNetworkOrder<U32>(element),
-                                      loadNetworkOrder<U32>(element + 4),
-                                      loadNetworkOrder<U32>(element + 8)};
-   }
-   return decoded(LargeCommList::dedupValues(tables.largeCommListDedupTable().get(), values));
+   return decoded(withElements<Acl::CommunityValue, 16>(
+      value, largeCommunitySize,
+      [](U8 const* element) {
+         return Acl::CommunityValue{loadNetworkOrder<U32>(element),
+                                    loadNetworkOrder<U32>(element + 4),
+                                    loadNetworkOrder<U32>(element + 8)};
+      },
+      [&](std::span<Acl::CommunityValue> values) {
+         return LargeCommList::dedupValues(tables.largeCommListDedupTable().get(), values);
+      }));
 }
 
 CommunityDecodeResult<ExtCommList::PtrConst> decodeExtCommunities(CommunityTables const& tables,

@@ -70,9 +70,7 @@ void LargeCommList::cacheHash() noexcept { hash_ = valuesHash(commVector_); }
 
 LargeCommList::PtrConst LargeCommList::dedupValues(LargeCommListDedupTable const* table,
                                                    std::span<Acl::CommunityValue> values) {
-   std::sort(values.begin(), values.end());
-   values = values.first(static_cast<std::size_t>(std::unique(values.begin(), values.end()) -
-                                                  values.begin()));
+   values = detail::sortUnique(values);
    LargeCommListContent content;
    content.values = values;
    if (auto found =

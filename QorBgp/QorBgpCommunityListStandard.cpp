@@ -214,9 +214,7 @@ bool CommList::compareByContent(Zup::DedupContentHandle const& content) const no
 }
 
 CommList::PtrConst CommList::dedupValues(CommListDedupTable const* table, std::span<U32> values) {
-   std::sort(values.begin(), values.end());
-   values = values.first(static_cast<std::size_t>(std::unique(values.begin(), values.end()) -
-                                                  values.begin()));
+   values = detail::sortUnique(values);
    Zup::DedupHashTable const& dedupTable = *table->dedupTable();
    U32 const hash = valuesHash(values);
    detail::CommListThreadCache* cache = nullptr;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <new>
+#include <span>
 #include <vector>
 
 namespace Routing::Bgp::detail {
@@ -35,6 +36,14 @@ void commVectorNormalize(std::vector<T>& comms) noexcept {
          // Keeping the spare capacity costs memory only.
       }
    }
+}
+
+// Sorts `values` ascending and returns its prefix without repeats.
+template <class T>
+std::span<T> sortUnique(std::span<T> values) noexcept {
+   std::sort(values.begin(), values.end());
+   return values.first(static_cast<std::size_t>(std::unique(values.begin(), values.end()) -
+                                                values.begin()));
 }
 
 // Membership in a vector that commVectorNormalize has sorted.
