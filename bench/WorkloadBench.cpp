@@ -309,90 +309,9 @@ class WorkShare {
    std::atomic<std::size_t> next_{0};
 };
 
-// Runs `work(t, share)` on `threads` threads at once: occurrences per second.
-template <class Work>
-double perSecond(int threads, Work&& work) {
-   WorkShare share;
-   auto start = std::chrono::steady_clock::now();
-   std::vector<std::thread> workers;
-   for (int t = 0; t < threads; ++t) {
-      workers.emplace_back([&, t] { work(t, share); });
-   }
-   for (auto& w : workers) w.join();
-   return double(workload.size()) /
-          std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double internRound(int threads, bool privateTables) {
-   std::vector<CommunityTables::Ptr> tables{communityTablesFactory()};
-   while (privateTables && tables.size() < static_cast<std::size_t>(threads)) {
-      tables.push_back(communityTablesFactory());
-   }
-   // Each thread's paths live in its own vector, handed over at the end (a
-   // vector of vectors would put their sizes on one contended line).
-   std::vector<std::vector<AnyCommList>> held(static_cast<std::size_t>(threads));
-   for (auto& paths : held) {
-      paths.resize(workload.size()); // touch the pages now
-      paths.clear();
-   }
-   return perSecond(threads, [&](int t, WorkShare& share) {
-      auto const slot = static_cast<std::size_t>(t);
-      CommunityTables const& mine = *tables[privateTables ? slot : 0];
-      std::vector<AnyCommList> paths = std::move(held[slot]);
-      share.forEach([&](Occurrence const& o) {
-         paths.push_back(decodeAttribute(mine, o.type, o.value).list);
-      });
-      held[slot] = std::move(paths);
-   });
-}
-
-double floorRound(int threads, std::vector<U32> const& listHashes) {
-   return perSecond(threads, [&](int, WorkShare& share) {
-      absl::flat_hash_set<U64> values;
-      std::size_t found = 0;
-      share.forEach([&](Occurrence const& o) {
-         std::size_t const element = o.type == 32 ? 12 : o.type == 8 ? 4 : 8;
-         for (std::size_t k = 0; k + element <= o.value.size(); k += element) {
-            U64 key = 0;
-            std::memcpy(&key, o.value.data() + k, std::min<std::size_t>(element, 8));
-            values.insert(key);
-         }
-         found += std::binary_search(listHashes.begin(), listHashes.end(),
-                                     Floor::listHash(o.value));
-      });
-      benchmark::DoNotOptimize(found);
-   });
-}
-
-void BM_MultiThreadedIntern(benchmark::State& state) {
-   QorBgpGlobals::multiThreadedIs(true);
-   Floor const floor = fullFloor();
-   std::vector<double> rates[6]; // shared 1, 2; private 1, 2; floor 1, 2
-   for (auto _ : state) {
-      for (int round = 0; round < 7; ++round) {
-         for (int threads = 1; threads <= 2; ++threads) {
-            rates[threads - 1].push_back(internRound(threads, false));
-            rates[threads + 1].push_back(internRound(threads, true));
-            rates[threads + 3].push_back(floorRound(threads, floor.listHashes));
-         }
-      }
-   }
-   QorBgpGlobals::multiThreadedIs(false);
-   Kiv::PtrInterface::threadSafeIs(false);
-   double median[6];
-   for (int i = 0; i < 6; ++i) {
-      std::sort(rates[i].begin(), rates[i].end());
-      median[i] = rates[i][rates[i].size() / 2];
-   }
-   state.counters["attrs_per_s_1_thread"] = median[0];
-   state.counters["attrs_per_s_2_threads"] = median[1];
-   state.counters["speedup"] = median[1] / median[0];
-   state.counters["speedup_private_tables"] = median[3] / median[2];
-   state.counters["floor_speedup"] = median[5] / median[4];
-}
-
-// Threads that live across rounds, so that what each keeps per thread (the
-// library's list cache, the floor's sets) is warm after the first.
+// A round's threads. Made for one round they start cold; kept across
+// rounds, what each keeps per thread (the library's list cache, the floor's
+// sets) is warm after the first.
 class Workers {
  public:
    explicit Workers(int count)
@@ -438,6 +357,74 @@ class Workers {
    WorkShare* share_;
    bool stop_ = false;
 };
+
+double internRound(int threads, bool privateTables) {
+   std::vector<CommunityTables::Ptr> tables{communityTablesFactory()};
+   while (privateTables && tables.size() < static_cast<std::size_t>(threads)) {
+      tables.push_back(communityTablesFactory());
+   }
+   // Each thread's paths live in its own vector, handed over at the end (a
+   // vector of vectors would put their sizes on one contended line).
+   std::vector<std::vector<AnyCommList>> held(static_cast<std::size_t>(threads));
+   for (auto& paths : held) {
+      paths.resize(workload.size()); // touch the pages now
+      paths.clear();
+   }
+   return Workers(threads).run([&](int t, WorkShare& share) {
+      auto const slot = static_cast<std::size_t>(t);
+      CommunityTables const& mine = *tables[privateTables ? slot : 0];
+      std::vector<AnyCommList> paths = std::move(held[slot]);
+      share.forEach([&](Occurrence const& o) {
+         paths.push_back(decodeAttribute(mine, o.type, o.value).list);
+      });
+      held[slot] = std::move(paths);
+   });
+}
+
+double floorRound(int threads, std::vector<U32> const& listHashes) {
+   return Workers(threads).run([&](int, WorkShare& share) {
+      absl::flat_hash_set<U64> values;
+      std::size_t found = 0;
+      share.forEach([&](Occurrence const& o) {
+         std::size_t const element = o.type == 32 ? 12 : o.type == 8 ? 4 : 8;
+         for (std::size_t k = 0; k + element <= o.value.size(); k += element) {
+            U64 key = 0;
+            std::memcpy(&key, o.value.data() + k, std::min<std::size_t>(element, 8));
+            values.insert(key);
+         }
+         found += std::binary_search(listHashes.begin(), listHashes.end(),
+                                     Floor::listHash(o.value));
+      });
+      benchmark::DoNotOptimize(found);
+   });
+}
+
+void BM_MultiThreadedIntern(benchmark::State& state) {
+   QorBgpGlobals::multiThreadedIs(true);
+   Floor const floor = fullFloor();
+   std::vector<double> rates[6]; // shared 1, 2; private 1, 2; floor 1, 2
+   for (auto _ : state) {
+      for (int round = 0; round < 7; ++round) {
+         for (int threads = 1; threads <= 2; ++threads) {
+            rates[threads - 1].push_back(internRound(threads, false));
+            rates[threads + 1].push_back(internRound(threads, true));
+            rates[threads + 3].push_back(floorRound(threads, floor.listHashes));
+         }
+      }
+   }
+   QorBgpGlobals::multiThreadedIs(false);
+   Kiv::PtrInterface::threadSafeIs(false);
+   double median[6];
+   for (int i = 0; i < 6; ++i) {
+      std::sort(rates[i].begin(), rates[i].end());
+      median[i] = rates[i][rates[i].size() / 2];
+   }
+   state.counters["attrs_per_s_1_thread"] = median[0];
+   state.counters["attrs_per_s_2_threads"] = median[1];
+   state.counters["speedup"] = median[1] / median[0];
+   state.counters["speedup_private_tables"] = median[3] / median[2];
+   state.counters["floor_speedup"] = median[5] / median[4];
+}
 
 // Steady state, as in an agent that has converged: the tables already hold
 // every list of the workload and the threads live across rounds. One and
