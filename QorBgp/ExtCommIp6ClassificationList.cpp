@@ -2,11 +2,14 @@
 
 #include "QorBgp/ExtCommIp6ListDedupTable.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgp/detail/ExtCommListFamily.h"
 #include "platform/Errors.h"
 
 #include <ostream>
 
 namespace Routing::Bgp {
+
+QOR_ASSERT_UNIT("ExtCommIp6ClassificationList");
 
 ExtCommIp6ClassificationList::ExtCommIp6ClassificationList(
    ExtCommClassification classification) noexcept
@@ -19,16 +22,16 @@ std::string_view ExtCommIp6ClassificationList::fwkType() const noexcept {
 }
 
 void ExtCommIp6ClassificationList::commIs(ExtCommIp6::PtrConst const& comm) {
-   ExtCommVectorAdd(comm, comms_);
+   detail::ExtCommVectorAdd(comm, comms_);
 }
 
 ExtCommIp6::PtrConst ExtCommIp6ClassificationList::comm(ExtCommIp6Content const& content) const {
-   return ExtCommVectorLookup(commVectorSorted(), comms_, content);
+   return detail::ExtCommVectorLookup(commVectorSorted(), comms_, content);
 }
 
 U32 ExtCommIp6ClassificationList::hash() const noexcept {
    QOR_ASSERT(commVectorSorted());
-   return ExtCommIdentityHash(comms_);
+   return detail::ExtCommIdentityHash(comms_);
 }
 
 bool ExtCommIp6ClassificationList::compare(Zup::DedupHandle const* other) const noexcept {
@@ -42,18 +45,15 @@ bool ExtCommIp6ClassificationList::compareByContent(Zup::DedupContentHandle cons
 
 ExtCommIp6ClassificationList::PtrConst
 ExtCommIp6ClassificationList::dedup(ExtCommIp6ListDedupTable const* table) {
-   ExtCommVectorSort(comms_);
+   detail::ExtCommVectorSort(comms_);
    commVectorSortedIs(true);
    return table->extCommIp6ClassificationListDedupTable()->dedupAs<ExtCommIp6ClassificationList>(
       PtrConst(this));
 }
 
 Kiv::Ptr<ExtCommIp6ClassificationListSnapshot> ExtCommIp6ClassificationList::commSnapshot() const {
-   auto snapshot = extCommIp6ClassificationListSnapshotFactory(classification_);
-   for (ExtCommIp6::PtrConst const& comm : comms_) {
-      snapshot->commIs(comm);
-   }
-   return snapshot;
+   return detail::classificationListSnapshot<ExtCommIp6ClassificationListSnapshot>(classification_,
+                                                                                  comms_);
 }
 
 std::string ExtCommIp6ClassificationList::toStrep() const { return stringify(this); }
@@ -75,10 +75,7 @@ std::ostream& operator<<(std::ostream& os, ExtCommIp6ClassificationList const* l
 }
 
 void ExtCommIp6ClassificationListSnapshot::commIs(ExtCommIp6::PtrConst const& comm) {
-   if (!comm) {
-      throw Kiv::NullArgumentError("ExtCommIp6ClassificationListSnapshot::commIs: null comm");
-   }
-   comm_.set(comm->community(), comm);
+   commSet(comm, "ExtCommIp6ClassificationListSnapshot::commIs: null comm");
 }
 
 ExtCommIp6ClassificationListSnapshot::Ptr

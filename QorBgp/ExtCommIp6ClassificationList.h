@@ -16,7 +16,7 @@
 #pragma once
 
 #include "QorBgp/ExtCommIp6.h"
-#include "QorBgp/QorBgpCommunityListExtVector.h"
+#include "QorBgp/ExtCommSnapshotBase.h"
 #include "platform/NotifyingCollections.h"
 
 #include <iosfwd>
@@ -91,32 +91,15 @@ QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommIp6Classificatio
 
 // A notifying copy of an IPv6 classification list, keyed by content. Owned
 // by one consumer; notifications run on the thread that changes it.
-class QORBGP_EXPORT ExtCommIp6ClassificationListSnapshot : public Kiv::Notifier {
+class QORBGP_EXPORT ExtCommIp6ClassificationListSnapshot
+    : public ExtCommClassificationListSnapshotBase<ExtCommIp6, ExtCommIp6Content> {
  public:
    KIV_POINTER_TYPES(ExtCommIp6ClassificationListSnapshot);
-
-   class Notifiee : public Kiv::Notifiee {
-    public:
-      virtual void onComm(ExtCommIp6Content const&) {}
-   };
-   using CommMap = Kiv::NotifyingOrderedMap<ExtCommIp6Content, ExtCommIp6::PtrConst, Notifiee,
-                                            &Notifiee::onComm>;
-
-   explicit ExtCommIp6ClassificationListSnapshot(ExtCommClassification classification) noexcept
-       : classification_(classification) {}
-   ExtCommClassification classification() const noexcept { return classification_; }
+   using ExtCommClassificationListSnapshotBase::ExtCommClassificationListSnapshotBase;
 
    // Inserts or replaces the entry of the value's content.
    // Kiv::NullArgumentError for a null value.
    void commIs(ExtCommIp6::PtrConst const& comm);
-   void commDel(ExtCommIp6Content const& content) { comm_.erase(content); }
-   void commDel(CommMap::const_iterator it) { comm_.erase(it->first); }
-   void commDelAll() { comm_.clear(); }
-   CommMap const& comm() const noexcept { return comm_; }
-
- private:
-   ExtCommClassification const classification_;
-   CommMap comm_{*this};
 };
 
 // A new, empty snapshot with notification on.

@@ -3,38 +3,23 @@
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpSerialize.h"
 #include "QorBgp/QorBgpTrace.h"
+#include "QorBgp/detail/ExtCommListFamily.h"
 #include "platform/Errors.h"
 
 #include <ostream>
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("ExtCommIp6List");
+
 namespace {
 
-constexpr U8 nonTransitiveBit = 0x40;
 constexpr std::size_t classificationCount = extCommClassificationOneBeyondLast;
 // Type, subtype, 16 address octets, 2 local administrator octets.
 constexpr U32 valueSize = 20;
 
-using BuildingListVector = std::vector<ExtCommIp6ClassificationList::Ptr>;
-
 bool isTransitive(ExtCommIp6 const& comm) noexcept {
-   return (comm.getContent().type & nonTransitiveBit) == 0;
-}
-
-// The list for `classification` in `lists`, created (and the vector grown
-// with null entries) when there is none yet.
-ExtCommIp6ClassificationList&
-ExtCommIp6ListFindOrCreateClassificationList(BuildingListVector& lists,
-                                             ExtCommClassification classification) {
-   std::size_t const k = classification;
-   if (k >= lists.size()) {
-      lists.resize(k + 1);
-   }
-   if (!lists[k]) {
-      lists[k] = extCommIp6ClassificationListFactory(classification);
-   }
-   return *lists[k];
+   return detail::isTransitiveType(comm.getContent().type);
 }
 
 } // namespace
@@ -46,12 +31,12 @@ ExtCommIp6List::~ExtCommIp6List() = default;
 std::string_view ExtCommIp6List::fwkType() const noexcept { return "Routing::Bgp::ExtCommIp6List"; }
 
 void ExtCommIp6List::commIs(ExtCommIp6::PtrConst const& comm) {
-   ExtCommVectorAdd(comm, comms_);
+   detail::ExtCommVectorAdd(comm, comms_);
    totalTransitiveCommunities_ += isTransitive(*comm) ? 1 : 0;
 }
 
 void ExtCommIp6List::sortComms() {
-   ExtCommVectorSort(comms_);
+   detail::ExtCommVectorSort(comms_);
    commVectorSorted_ = true;
    // Duplicates are gone: count again.
    totalTransitiveCommunities_ = 0;
@@ -65,24 +50,15 @@ ExtCommIp6List::PtrConst ExtCommIp6List::dedup(ExtCommIp6ListDedupTable const* t
                    "__null == ( this ) || ( this )->dedupState() == "
                    "Zup::dedupHandleStateNeverDeduped()");
    sortComms();
-   BuildingListVector building;
-   for (ExtCommIp6::PtrConst const& comm : comms_) {
-      ExtCommIp6ListFindOrCreateClassificationList(building, comm->classification()).commIs(comm);
-   }
-   classificationLists_.assign(building.size(), nullptr);
-   for (std::size_t k = 0; k < building.size(); ++k) {
-      if (!building[k]) {
-         continue;
-      }
-      ExtCommIp6ClassificationList::PtrConst const _classificationList = building[k]->dedup(table);
-      QOR_ASSERT(_classificationList->commVectorSorted());
-      classificationLists_[k] = _classificationList;
-   }
+   classificationLists_.clear();
+   detail::splitByClassification(comms_, classificationLists_, extCommIp6ClassificationListFactory,
+                                 [](ExtCommIp6ClassificationList const&) {});
+   detail::publishClassificationLists(classificationLists_, table);
    return table->dedupAs<ExtCommIp6List>(PtrConst(this));
 }
 
 ExtCommIp6::PtrConst ExtCommIp6List::comm(ExtCommIp6Content const& content) const {
-   return ExtCommVectorLookup(commVectorSorted(), comms_, content);
+   return detail::ExtCommVectorLookup(commVectorSorted(), comms_, content);
 }
 
 U32 ExtCommIp6List::totalCommunities() const noexcept {
@@ -92,14 +68,10 @@ U32 ExtCommIp6List::totalCommunities() const noexcept {
 
 ExtCommIp6ClassificationList::PtrConst
 ExtCommIp6List::classificationList(ExtCommClassification classification) const {
-   QOR_ASSERT_TEXT(dedupState() != Zup::dedupHandleStateNeverDeduped(),
-                   "__null == ( this ) || ( this )->dedupState() != "
-                   "Zup::dedupHandleStateNeverDeduped()");
-   return classification < classificationLists_.size() ? classificationLists_[classification]
-                                                       : nullptr;
+   return detail::classificationListAt(*this, classificationLists_, classification);
 }
 
-U32 ExtCommIp6List::hash() const noexcept { return ExtCommIdentityHash(classificationLists_); }
+U32 ExtCommIp6List::hash() const noexcept { return detail::ExtCommIdentityHash(classificationLists_); }
 
 bool ExtCommIp6List::compare(Zup::DedupHandle const* otherExtCommIp6List) const noexcept {
    return classificationLists_ ==
@@ -111,23 +83,16 @@ bool ExtCommIp6List::compareByContent(Zup::DedupContentHandle const&) const noex
 }
 
 std::string ExtCommIp6List::serialize(bool all) const {
-   U32 const count = all ? totalCommunities() : totalTransitiveCommunities_;
-   if (count == 0) {
-      return {};
-   }
-   SerializePathAttribute out(extCommunityIp6, optionalTransitive, valueSize * count);
-   for (ExtCommIp6::PtrConst const& comm : comms_) {
-      if (!all && !isTransitive(*comm)) {
-         continue;
-      }
-      ExtCommIp6Content const content = comm->community();
-      out.addU8(content.type);
-      out.addU8(content.subtype);
-      out.addBytes(content.addr.bytes());
-      out.addU16hton(content.localAdmin);
-   }
-   // Fatal when the members written differ from the count announced.
-   return out.serializedString();
+   return detail::serializeSelected(
+      extCommunityIp6, valueSize, all ? totalCommunities() : totalTransitiveCommunities_, comms_,
+      [all](ExtCommIp6::PtrConst const& comm) { return all || isTransitive(*comm); },
+      [](SerializePathAttribute& out, ExtCommIp6::PtrConst const& comm) {
+         ExtCommIp6Content const content = comm->community();
+         out.addU8(content.type);
+         out.addU8(content.subtype);
+         out.addBytes(content.addr.bytes());
+         out.addU16hton(content.localAdmin);
+      });
 }
 
 std::string ExtCommIp6List::commsStringForm() const {
@@ -143,16 +108,7 @@ std::string ExtCommIp6List::commsStringForm() const {
 std::string ExtCommIp6List::toStrep() const { return stringify(this); }
 
 Kiv::Ptr<ExtCommIp6ListSnapshot> ExtCommIp6List::commSnapshot() const {
-   auto snapshot = Kiv::newNotifying<ExtCommIp6ListSnapshot>();
-   for (ExtCommIp6ClassificationList::PtrConst const& list : classificationLists_) {
-      if (list) {
-         snapshot->classificationListIs(list);
-      }
-   }
-   for (ExtCommIp6::PtrConst const& comm : comms_) {
-      snapshot->commIs(comm);
-   }
-   return snapshot;
+   return detail::listSnapshot<ExtCommIp6ListSnapshot>(classificationLists_, comms_);
 }
 
 ExtCommIp6List::Ptr extCommIp6ListFactory() { return Kiv::newNotifying<ExtCommIp6List>(); }
@@ -170,17 +126,11 @@ std::ostream& operator<<(std::ostream& os, ExtCommIp6List const* list) {
 
 void ExtCommIp6ListSnapshot::classificationListIs(
    ExtCommIp6ClassificationList::PtrConst const& list) {
-   if (!list) {
-      throw Kiv::NullArgumentError("ExtCommIp6ListSnapshot::classificationListIs: null list");
-   }
-   classificationList_.set(list->classification(), list);
+   classificationListSet(list, "ExtCommIp6ListSnapshot::classificationListIs: null list");
 }
 
 void ExtCommIp6ListSnapshot::commIs(ExtCommIp6::PtrConst const& comm) {
-   if (!comm) {
-      throw Kiv::NullArgumentError("ExtCommIp6ListSnapshot::commIs: null comm");
-   }
-   comm_.set(comm->community(), comm);
+   commSet(comm, "ExtCommIp6ListSnapshot::commIs: null comm");
 }
 
 hoard::Location ExtCommIp6List::hoard(hoard::StoreWriter& writer) const {

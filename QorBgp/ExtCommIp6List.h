@@ -126,42 +126,15 @@ QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommIp6List const* l
 // A notifying copy of an IPv6 list: its classification lists by
 // classification and its members by content. Owned by one consumer;
 // notifications run on the thread that changes it.
-class QORBGP_EXPORT ExtCommIp6ListSnapshot : public Kiv::Notifier {
+class QORBGP_EXPORT ExtCommIp6ListSnapshot
+    : public ExtCommListSnapshotBase<ExtCommIp6ClassificationList, ExtCommIp6, ExtCommIp6Content> {
  public:
    KIV_POINTER_TYPES(ExtCommIp6ListSnapshot);
-
-   class Notifiee : public Kiv::Notifiee {
-    public:
-      virtual void onClassificationList(ExtCommClassification const&) {}
-      virtual void onComm(ExtCommIp6Content const&) {}
-   };
-   using ClassificationListMap =
-      Kiv::NotifyingOrderedMap<ExtCommClassification, ExtCommIp6ClassificationList::PtrConst,
-                               Notifiee, &Notifiee::onClassificationList>;
-   using CommMap = Kiv::NotifyingOrderedMap<ExtCommIp6Content, ExtCommIp6::PtrConst, Notifiee,
-                                            &Notifiee::onComm>;
 
    // Insert or replace the entry of the list's classification (the value's
    // content). Kiv::NullArgumentError for a null argument.
    void classificationListIs(ExtCommIp6ClassificationList::PtrConst const& list);
    void commIs(ExtCommIp6::PtrConst const& comm);
-   void classificationListDel(ExtCommClassification classification) {
-      classificationList_.erase(classification);
-   }
-   void classificationListDel(ClassificationListMap::const_iterator it) {
-      classificationList_.erase(it->first);
-   }
-   void commDel(ExtCommIp6Content const& content) { comm_.erase(content); }
-   void commDel(CommMap::const_iterator it) { comm_.erase(it->first); }
-   void classificationListDelAll() { classificationList_.clear(); }
-   void commDelAll() { comm_.clear(); }
-
-   ClassificationListMap const& classificationList() const noexcept { return classificationList_; }
-   CommMap const& comm() const noexcept { return comm_; }
-
- private:
-   ClassificationListMap classificationList_{*this};
-   CommMap comm_{*this};
 };
 
 } // namespace Routing::Bgp

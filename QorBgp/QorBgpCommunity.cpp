@@ -1,10 +1,22 @@
+// ExtComm, the plain extended community value: its content word, interning,
+// text forms (the diagnostic form, the policy and UI forms, the type-and-subtype
+// text, the StrepFormat selector's reflection text) and restoring from the
+// snapshot store.
 #include "QorBgp/QorBgpCommunity.h"
 
+#include "QorBgp/QorBgpCommunityDedupTable.h"
 #include "platform/Errors.h"
 #include "platform/Hash.h"
+#include "platform/Hoard.h"
+#include "platform/StreamState.h"
 #include "platform/ValueText.h"
 
+#include <ostream>
+#include <sstream>
+
 namespace Routing::Bgp {
+
+QOR_ASSERT_UNIT("QorBgpCommunity");
 
 std::string ExtCommContent::toStrep() const { return std::to_string(word_); }
 
@@ -23,7 +35,9 @@ ExtComm::~ExtComm() = default;
 
 std::string_view ExtComm::fwkType() const noexcept { return "Routing::Bgp::ExtComm"; }
 
-U32 ExtComm::hash() const noexcept { return Kiv::hashU64(content_.word(), 0); }
+U32 ExtCommContent::hash() const noexcept { return Kiv::hashU64(word_, 0); }
+
+U32 ExtComm::hash() const noexcept { return content_.hash(); }
 
 bool ExtComm::compare(Zup::DedupHandle const* other) const noexcept {
    return static_cast<ExtComm const*>(other)->content_ == content_;
@@ -135,6 +149,175 @@ ExtComm::Ptr extCommFactory(ExtCommClassification classification, ExtCommContent
 ExtCommSubtyped::Ptr extCommSubtypedFactory(ExtCommClassification classification,
                                             ExtCommContent const& content) {
    return Kiv::newNotifying<ExtCommSubtyped>(classification, content);
+}
+
+namespace {
+
+constexpr char hexDigits[] = "0123456789abcdef";
+constexpr U8 nonTransitiveBit = 0x40;
+// The policy text of a plain value is "tttt(NT):0x.. 0x.. 0x.. 0x.. 0x.. 0x..",
+// at most 43 characters: it never leaves the stack.
+constexpr std::size_t policyTextCapacity = 64;
+
+} // namespace
+
+std::ostream& operator<<(std::ostream& os, ExtCommContent const& content) {
+   // Written as raw characters, so the stream's flags and fill neither affect
+   // the text nor get changed by it; the width is consumed.
+   Kiv::StreamStateSaver saved(os);
+   char text[18] = {'0', 'x'};
+   U64 word = content.word();
+   for (int i = 17; i >= 2; --i, word >>= 4) {
+      text[i] = hexDigits[word & 0xf];
+   }
+   return os.write(text, sizeof text);
+}
+
+void addExtCommTypeAsString(Kiv::DynamicBufferInterface& buffer, char const* suffix, U8 type,
+                            U8 subtype, bool transitive) {
+   buffer.appendHex2(type & static_cast<U8>(~nonTransitiveBit));
+   buffer.appendHex2(subtype);
+   buffer.append(suffix);
+   if (!transitive) {
+      buffer.append("(NT)");
+   }
+}
+
+std::string extCommTypeAsString(char const* suffix, U8 type, U8 subtype, bool transitive) {
+   Kiv::DynamicBuffer<policyTextCapacity> buffer;
+   addExtCommTypeAsString(buffer, suffix, type, subtype, transitive);
+   return buffer.str();
+}
+
+// "tttt[(NT)]:0xv0 0xv1 0xv2 0xv3 0xv4 0xv5": the type and subtype digits,
+// then the six value octets in hexadecimal, most significant first.
+std::string ExtComm::toStrepForPolicy(StrepFormat format) const {
+   if (!format.strepFormatClassification() || !format.strepFormatUI()) {
+      return {};
+   }
+   ExtCommContent content = getContent();
+   Kiv::DynamicBuffer<policyTextCapacity> buffer;
+   addExtCommTypeAsString(buffer, "", content.typeOctet(), content.subtypeOctet(),
+                          (content.typeOctet() & nonTransitiveBit) == 0);
+   for (unsigned i = 0; i < 6; ++i) {
+      buffer.append(i == 0 ? ":0x" : " 0x");
+      buffer.appendHex2(content.valueOctet(i));
+   }
+   return buffer.str();
+}
+
+std::string ExtComm::toStrepForUI(bool asdot, bool linkBwWeighted, bool json) const {
+   StrepFormat format(StrepFormat::flagClassification | StrepFormat::flagUI);
+   format.flagIs(StrepFormat::flagAsdot, asdot);
+   format.flagIs(StrepFormat::flagLinkBwWeighted, linkBwWeighted);
+   format.flagIs(StrepFormat::flagJson, json);
+   return toStrepForPolicy(format);
+}
+
+void ExtComm::formatDerivedType(std::ostream& os) const {
+   os << '<' << stringValue(pktType());
+   if (!pktSubtype().isUnspecified()) {
+      os << ' ';
+      formatSubtype(os);
+   }
+   os << ' ';
+   formatCommunityValue(os);
+   os << '>';
+}
+
+void ExtComm::formatSubtype(std::ostream& os) const {
+   if (pktSubtype().isUnspecified()) {
+      os << "unspecified";
+      return;
+   }
+   switch (pktType()) {
+   case extCommPktTypeTransTwoOctetAs:
+      os << pktSubtypeTransTwoOctetAsString();
+      return;
+   case extCommPktTypeTransIpv4Address:
+      os << pktSubtypeTransIpv4AddressString();
+      return;
+   case extCommPktTypeTransFourOctetAs:
+      os << pktSubtypeTransFourOctetAsString();
+      return;
+   case extCommPktTypeTransOpaque:
+      os << pktSubtypeTransOpaqueString();
+      return;
+   case extCommPktTypeTransEvpn:
+      os << pktSubtypeEvpnString();
+      return;
+   case extCommPktTypeTransFlowspecRedirectNexthop:
+      os << pktSubtypeFlowspecRedirectNexthopString();
+      return;
+   case extCommPktTypeNonTransTwoOctetAs:
+      os << pktSubtypeNonTransTwoOctetAsString();
+      return;
+   case extCommPktTypeNonTransIpv4Address:
+      os << pktSubtypeNonTransIpv4AddressString();
+      return;
+   case extCommPktTypeNonTransFourOctetAs:
+      os << pktSubtypeNonTransFourOctetAsString();
+      return;
+   case extCommPktTypeNonTransOpaque:
+      os << pktSubtypeNonTransOpaqueString();
+      return;
+   case extCommPktTypeTransGeneric:
+      os << pktSubtypeTransGenericString();
+      return;
+   case extCommPktTypeTransGenericPart2:
+      os << pktSubtypeTransGenericPart2String();
+      return;
+   case extCommPktTypeTransGenericPart3:
+      os << pktSubtypeTransGenericPart3String();
+      return;
+   case extCommPktTypeTransQosMarking:
+   case extCommPktTypeTransCosCapability:
+   case extCommPktTypeNonTransQosMarking:
+   case extCommPktTypeUnknown:
+      os << "none";
+      return;
+   }
+   QOR_ASSERT_TEXT(false, "unreachable: pktType() outside BgpExtCommPktType");
+}
+
+void ExtComm::formatCommunityValue(std::ostream& os) const { os << getContent(); }
+
+std::string ExtComm::toStrep() const {
+   std::ostringstream os;
+   os << *this;
+   return std::move(os).str();
+}
+
+std::ostream& operator<<(std::ostream& os, ExtComm const* comm) {
+   if (!comm) {
+      return os << "NULL";
+   }
+   Kiv::StreamStateSaver saved(os);
+   comm->formatDerivedType(os);
+   return os;
+}
+
+std::ostream& operator<<(std::ostream& os, ExtComm const& comm) { return os << &comm; }
+
+ExtComm::PtrConst ExtComm::dehoard(void const* stored, hoard::StoreManager* store) {
+   hoard::ReaderPtr<hoard::ExtCommRecord> record(*store, hoard::Location::loadFrom(stored));
+   auto const classification = static_cast<ExtCommClassification>(record->classification);
+   ExtCommContent const content(record->content);
+   if (!record.validateVersionAnchor() || !bgpIsValidEnumMember(classification)) {
+      return nullptr;
+   }
+   ExtComm::Ptr comm = extCommFactory(classification, content);
+   comm->dedupStateIs(Zup::DedupState::detached);
+   return comm;
+}
+
+ExtComm::PtrConst ExtComm::dedupContent(ExtCommDedupTable const* table,
+                                        ExtCommContent const& content) {
+   Zup::DedupHashTable& hashTable = *table->dedupTable();
+   if (auto found = hashTable.lookupByContentAs<ExtComm>(content, content.hash())) {
+      return found;
+   }
+   return hashTable.dedupAs<ExtComm>(table->parseExtCommRule()->parseExtendedCommunity(content));
 }
 
 } // namespace Routing::Bgp

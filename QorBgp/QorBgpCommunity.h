@@ -61,6 +61,10 @@ class QORBGP_EXPORT ExtCommContent : public Zup::DedupContentHandle {
    QORBGP_EXPORT std::string toStrep() const;
    QORBGP_EXPORT static ExtCommContent fromStrep(std::string_view text);
 
+   // The interning hash of the word: what ExtComm::hash() returns and what
+   // its table is probed with.
+   QORBGP_EXPORT U32 hash() const noexcept;
+
    friend constexpr bool operator==(ExtCommContent a, ExtCommContent b) noexcept {
       return a.word_ == b.word_;
    }

@@ -2,7 +2,6 @@
 
 #include "platform/DumpContext.h"
 #include "platform/Errors.h"
-#include "platform/Hash.h"
 
 namespace Routing::Bgp {
 
@@ -67,15 +66,6 @@ void ExtCommDedupTable::dumpState(Kiv::DumpContext& context, unsigned indent) co
 ExtCommDedupTable::Ptr
 extCommDedupTableFactory(ExtCommDedupTable::ParserPtrConst const& parseExtCommRule) {
    return Kiv::newNotifying<ExtCommDedupTable>(parseExtCommRule);
-}
-
-ExtComm::PtrConst ExtComm::dedupContent(ExtCommDedupTable const* table,
-                                        ExtCommContent const& content) {
-   Zup::DedupHashTable& hashTable = *table->dedupTable();
-   if (auto found = hashTable.lookupByContentAs<ExtComm>(content, Kiv::hashU64(content.word(), 0))) {
-      return found;
-   }
-   return hashTable.dedupAs<ExtComm>(table->parseExtCommRule()->parseExtendedCommunity(content));
 }
 
 } // namespace Routing::Bgp

@@ -6,6 +6,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("QorBgpCommunity");
+
 namespace {
 
 constexpr U8 nonTransitiveBit = 0x40;

@@ -1,9 +1,13 @@
 #include "QorBgp/QorBgpCommunityListClassification.h"
 
 #include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgp/detail/ExtCommListFamily.h"
 #include "platform/Errors.h"
 
 namespace Routing::Bgp {
+
+QOR_ASSERT_UNIT("QorBgpCommunityList");
 
 ExtCommClassificationList::ExtCommClassificationList(ExtCommClassification classification)
     : classification_(classification) {}
@@ -15,17 +19,17 @@ std::string_view ExtCommClassificationList::fwkType() const noexcept {
 }
 
 void ExtCommClassificationList::commIs(ExtComm::PtrConst const& comm) {
-   ExtCommVectorAdd(comm, comms_);
+   detail::ExtCommVectorAdd(comm, comms_);
    checkPrunable(comm);
 }
 
 ExtComm::PtrConst ExtCommClassificationList::comm(U64 const& community) const {
-   return ExtCommVectorLookup(commVectorSorted(), comms_, community);
+   return detail::ExtCommVectorLookup(commVectorSorted(), comms_, community);
 }
 
 U32 ExtCommClassificationList::hash() const noexcept {
    QOR_ASSERT(commVectorSorted());
-   return ExtCommIdentityHash(comms_);
+   return detail::ExtCommIdentityHash(comms_);
 }
 
 bool ExtCommClassificationList::compare(Zup::DedupHandle const* other) const noexcept {
@@ -39,7 +43,7 @@ bool ExtCommClassificationList::compareByContent(Zup::DedupContentHandle const&)
 
 ExtCommClassificationList::PtrConst
 ExtCommClassificationList::dedup(ExtCommListDedupTable const* table) {
-   ExtCommVectorSort(comms_);
+   detail::ExtCommVectorSort(comms_);
    commVectorSortedIs(true);
    Zup::DedupHashTable& target = classification_ == extCommClassificationRouteTarget
                                     ? *table->rtExtCommClassificationListDedupTable()
@@ -64,11 +68,8 @@ ExtCommVector ExtCommClassificationList::prune() const {
 }
 
 Kiv::Ptr<ExtCommClassificationListSnapshot> ExtCommClassificationList::commSnapshot() const {
-   auto snapshot = Kiv::newNotifying<ExtCommClassificationListSnapshot>(classification_);
-   for (ExtComm::PtrConst const& comm : comms_) {
-      snapshot->commIs(comm);
-   }
-   return snapshot;
+   return detail::classificationListSnapshot<ExtCommClassificationListSnapshot>(classification_,
+                                                                               comms_);
 }
 
 RtExtCommClassificationList::RtExtCommClassificationList(ExtCommClassification classification)
@@ -132,10 +133,11 @@ LinkBandwidthExtCommClassificationList::Ptr linkBandwidthExtCommClassificationLi
 }
 
 void ExtCommClassificationListSnapshot::commIs(ExtComm::PtrConst const& comm) {
-   if (!comm) {
-      throw Kiv::NullArgumentError("ExtCommClassificationListSnapshot::commIs: null comm");
-   }
-   comm_.set(comm->community(), comm);
+   commSet(comm, "ExtCommClassificationListSnapshot::commIs: null comm");
+}
+
+std::string ExtCommClassificationList::toStrep() const {
+   return stringify<ExtCommClassificationList>(this);
 }
 
 } // namespace Routing::Bgp

@@ -17,7 +17,7 @@
 #pragma once
 
 #include "QorBgp/QorBgpCommunity.h"
-#include "QorBgp/QorBgpCommunityListExtVector.h"
+#include "QorBgp/ExtCommSnapshotBase.h"
 #include "platform/BitSetValue.h"
 #include "platform/NotifyingCollections.h"
 
@@ -149,31 +149,16 @@ rtExtCommClassificationListFactory(ExtCommClassification classification);
 QORBGP_EXPORT LinkBandwidthExtCommClassificationList::Ptr
 linkBandwidthExtCommClassificationListFactory();
 
-// A notifying copy of a classification list, keyed by content word.
-class QORBGP_EXPORT ExtCommClassificationListSnapshot : public Kiv::Notifier {
+// A notifying copy of a classification list, keyed by content word (see
+// ExtCommSnapshotBase.h).
+class QORBGP_EXPORT ExtCommClassificationListSnapshot
+    : public ExtCommClassificationListSnapshotBase<ExtComm, U64> {
  public:
    KIV_POINTER_TYPES(ExtCommClassificationListSnapshot);
-
-   class Notifiee : public Kiv::Notifiee {
-    public:
-      virtual void onComm(U64 const&) {}
-   };
-   using CommMap = Kiv::NotifyingOrderedMap<U64, ExtComm::PtrConst, Notifiee, &Notifiee::onComm>;
-
-   explicit ExtCommClassificationListSnapshot(ExtCommClassification classification) noexcept
-       : classification_(classification) {}
-   ExtCommClassification classification() const noexcept { return classification_; }
+   using ExtCommClassificationListSnapshotBase::ExtCommClassificationListSnapshotBase;
 
    // Kiv::NullArgumentError for a null value.
    void commIs(ExtComm::PtrConst const& comm);
-   void commDel(U64 community) { comm_.erase(community); }
-   void commDel(CommMap::const_iterator it) { comm_.erase(it->first); }
-   void commDelAll() { comm_.clear(); }
-   CommMap const& comm() const noexcept { return comm_; }
-
- private:
-   ExtCommClassification const classification_;
-   CommMap comm_{*this};
 };
 
 } // namespace Routing::Bgp

@@ -1,18 +1,22 @@
 #include "QorBgp/QorBgpCommunityListExt.h"
 
 #include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgp/detail/ExtCommListFamily.h"
+#include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpSerialize.h"
+#include "QorBgp/QorBgpTrace.h"
 #include "platform/Errors.h"
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("QorBgpCommunityList");
+
 namespace {
 
-constexpr U8 nonTransitiveBit = 0x40;
 constexpr std::size_t classificationCount = extCommClassificationOneBeyondLast;
 
 bool isTransitive(ExtComm const& comm) noexcept {
-   return (comm.getContent().typeOctet() & nonTransitiveBit) == 0;
+   return detail::isTransitiveType(comm.getContent().typeOctet());
 }
 
 // A new, empty classification list of the kind its classification calls for.
@@ -56,7 +60,7 @@ void ExtCommList::appendClassificationList(
 }
 
 void ExtCommList::sortComms() {
-   ExtCommVectorSort(comms_);
+   detail::ExtCommVectorSort(comms_);
    commVectorSortedIs(true);
 }
 
@@ -72,24 +76,21 @@ void ExtCommList::createClassificationListVector(bool dedupMode) {
    attrs_.bitIs(CommVectorAttrs::hasLinkBandwidthBit, false);
    attrs_.bitIs(CommVectorAttrs::hasPolicyMatchStrepUICommunitiesBit, false);
 
-   for (ExtComm::PtrConst const& comm : comms_) {
-      std::size_t const k = comm->classification();
-      if (k >= classificationLists_.size()) {
-         classificationLists_.resize(k + 1);
-      }
-      if (ExtCommClassificationList::PtrConst const& existing = classificationLists_[k]) {
-         QOR_ASSERT_TEXT(!dedupMode || existing->dedupState() == Zup::dedupHandleStateNeverDeduped(),
-                         "__null == ( _classificationList ) || ( _classificationList )->dedupState() "
-                         "== Zup::dedupHandleStateNeverDeduped()");
-      } else {
-         ExtCommClassificationList::Ptr created = newClassificationList(comm->classification());
+   detail::splitByClassification(
+      comms_, classificationLists_,
+      [dedupMode](ExtCommClassification classification) {
+         ExtCommClassificationList::Ptr created = newClassificationList(classification);
          if (!dedupMode) {
             created->dedupStateIs(Zup::DedupState::local);
          }
-         classificationLists_[k] = created;
-      }
-      // The classification lists are this builder's own until interned.
-      const_cast<ExtCommClassificationList*>(classificationLists_[k].get())->commIs(comm);
+         return created;
+      },
+      [dedupMode](ExtCommClassificationList const& existing) {
+         QOR_ASSERT_TEXT(!dedupMode || existing.dedupState() == Zup::dedupHandleStateNeverDeduped(),
+                         "__null == ( _classificationList ) || ( _classificationList )->dedupState() "
+                         "== Zup::dedupHandleStateNeverDeduped()");
+      });
+   for (ExtComm::PtrConst const& comm : comms_) {
       if (dedupMode) {
          totalTransitiveCommunities_ += isTransitive(*comm) ? 1 : 0;
          if (comm->policyMatchStrepUI()) {
@@ -107,7 +108,7 @@ ExtCommList::PtrConst ExtCommList::dedup(ExtCommListDedupTable const* table) {
                    "__null == ( this ) || ( this )->dedupState() == "
                    "Zup::dedupHandleStateNeverDeduped()");
    createClassificationListVector(true);
-   for (ExtCommClassificationList::PtrConst& list : classificationLists_) {
+   for (ExtCommClassificationList::PtrConst const& list : classificationLists_) {
       if (!list) {
          continue;
       }
@@ -119,18 +120,15 @@ ExtCommList::PtrConst ExtCommList::dedup(ExtCommListDedupTable const* table) {
       } else if (list->classification() == extCommClassificationOriginValidationState) {
          attrs_.bitIs(CommVectorAttrs::hasOriginValidationStateBit, true);
       }
-      if (list->dedupState() == Zup::dedupHandleStateNeverDeduped()) {
-         list = const_cast<ExtCommClassificationList*>(list.get())->dedup(table);
-      } else {
-         ExtCommClassificationList::PtrConst const& _classificationList = list;
-         QOR_ASSERT(_classificationList->commVectorSorted());
-      }
    }
+   detail::publishClassificationLists(classificationLists_, table);
    return table->dedupAs<ExtCommList>(PtrConst(this));
 }
 
+void ExtCommList::commIs(ExtComm::PtrConst const& comm) { detail::ExtCommVectorAdd(comm, comms_); }
+
 ExtComm::PtrConst ExtCommList::comm(U64 const& community) const {
-   return ExtCommVectorLookup(commVectorSorted(), comms_, community);
+   return detail::ExtCommVectorLookup(commVectorSorted(), comms_, community);
 }
 
 U32 ExtCommList::totalCommunities() const noexcept {
@@ -140,14 +138,10 @@ U32 ExtCommList::totalCommunities() const noexcept {
 
 ExtCommClassificationList::PtrConst
 ExtCommList::classificationList(ExtCommClassification classification) const {
-   QOR_ASSERT_TEXT(dedupState() != Zup::dedupHandleStateNeverDeduped(),
-                   "__null == ( this ) || ( this )->dedupState() != "
-                   "Zup::dedupHandleStateNeverDeduped()");
-   return classification < classificationLists_.size() ? classificationLists_[classification]
-                                                       : nullptr;
+   return detail::classificationListAt(*this, classificationLists_, classification);
 }
 
-U32 ExtCommList::hash() const noexcept { return ExtCommIdentityHash(classificationLists_); }
+U32 ExtCommList::hash() const noexcept { return detail::ExtCommIdentityHash(classificationLists_); }
 
 bool ExtCommList::compare(Zup::DedupHandle const* otherExtCommList) const noexcept {
    return classificationLists_ ==
@@ -184,21 +178,14 @@ U32 ExtCommList::serializableCommunities(Serialization s) const noexcept {
 }
 
 std::string ExtCommList::serialize(Serialization s) const {
-   U32 const count = serializableCommunities(s);
-   if (count == 0) {
-      return {};
-   }
-   SerializePathAttribute out(extCommunity, optionalTransitive, 8 * count);
-   for (ExtComm::PtrConst const& comm : comms_) {
-      if (serializable(comm, s)) {
-         out.addU64hton(comm->community());
-      }
-   }
    // NOTE: an unpruned list with several link bandwidths (or validation
-   // states) writes them all under a header that announces one; the whole
-   // buffer is returned as written rather than checked against the header,
-   // so such input from a peer never stops the process.
-   return out.Serialize::serializedString(0);
+   // states) writes them all under a header that announces one.
+   return detail::serializeSelected(
+      extCommunity, sizeof(U64), serializableCommunities(s), comms_,
+      [s](ExtComm::PtrConst const& comm) { return serializable(comm, s); },
+      [](SerializePathAttribute& out, ExtComm::PtrConst const& comm) {
+         out.addU64hton(comm->community());
+      });
 }
 
 ExtCommList::PtrConst ExtCommList::prune(ExtCommListDedupTable const* table) const {
@@ -217,16 +204,7 @@ ExtCommList::PtrConst ExtCommList::prune(ExtCommListDedupTable const* table) con
 }
 
 Kiv::Ptr<ExtCommListSnapshot> ExtCommList::commSnapshot() const {
-   auto snapshot = Kiv::newNotifying<ExtCommListSnapshot>();
-   for (ExtCommClassificationList::PtrConst const& list : classificationLists_) {
-      if (list) {
-         snapshot->classificationListIs(list);
-      }
-   }
-   for (ExtComm::PtrConst const& comm : comms_) {
-      snapshot->commIs(comm);
-   }
-   return snapshot;
+   return detail::listSnapshot<ExtCommListSnapshot>(classificationLists_, comms_);
 }
 
 std::string ExtCommList::getStringValue(Acl::CommunityValue const& value) {
@@ -238,17 +216,58 @@ ExtCommList::Ptr extCommListFactory() { return Kiv::newNotifying<ExtCommList>();
 ExtCommList::Ptr ExtCommListIs() { return extCommListFactory(); }
 
 void ExtCommListSnapshot::classificationListIs(ExtCommClassificationList::PtrConst const& list) {
-   if (!list) {
-      throw Kiv::NullArgumentError("ExtCommListSnapshot::classificationListIs: null list");
-   }
-   classificationList_.set(list->classification(), list);
+   classificationListSet(list, "ExtCommListSnapshot::classificationListIs: null list");
 }
 
 void ExtCommListSnapshot::commIs(ExtComm::PtrConst const& comm) {
-   if (!comm) {
-      throw Kiv::NullArgumentError("ExtCommListSnapshot::commIs: null comm");
-   }
-   comm_.set(comm->community(), comm);
+   commSet(comm, "ExtCommListSnapshot::commIs: null comm");
 }
+
+hoard::Location ExtCommList::hoard(hoard::StoreWriter& writer) const {
+   std::vector<hoard::Location> values;
+   values.reserve(comms_.size());
+   for (ExtComm::PtrConst const& comm : comms_) {
+      values.push_back(writer.publish(
+         hoard::ExtCommRecord{comm->classification(), 0, comm->getContent().word()}));
+   }
+   return writer.publishList<hoard::Location>(commVectorSorted() ? 1 : 0, values);
+}
+
+ExtCommList::PtrConst ExtCommList::dehoard(void const* data, hoard::StoreManager* store) {
+   QOR_TRACE(qorBgpTrace(), 8, "Dehoarding Routing::Bgp::ExtCommList");
+   hoard::ReaderPtr<hoard::ListRecord> stored(*store, hoard::Location::loadFrom(data));
+   U32 const flags = stored->flags;
+   U32 const count = stored->count;
+   if (!stored.validateVersionAnchor()) {
+      return nullptr;
+   }
+   ExtCommList::Ptr list = ExtCommListIs();
+   hoard::Location const* elements =
+      count ? stored.template trailing<hoard::Location>(count) : nullptr;
+   list->expectedCommunityCountIs(count);
+   for (U32 i = 0; i < count; ++i) {
+      ExtComm::PtrConst comm = ExtComm::dehoard(&elements[i], store);
+      if (!comm) {
+         return nullptr;
+      }
+      list->commIs(comm);
+   }
+   list->commVectorSortedIs((flags & 1) != 0);
+   list->createClassificationListVector(false);
+   if (!stored.validateVersionAnchor()) {
+      return nullptr;
+   }
+   list->dedupStateIs(Zup::DedupState::local);
+   QOR_TRACE(qorBgpTrace(), 8, "  dehoarded: " << list->toStrep());
+   return list;
+}
+
+bool ExtCommList::matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const {
+   return matchExtCommList(this, MatchMode::standard, regex) ||
+          matchExtCommList(this, MatchMode::classification, regex) ||
+          (hasPolicyMatchStrepUICommunities() && matchExtCommList(this, MatchMode::ui, regex));
+}
+
+std::string ExtCommList::toStrep() const { return stringify<ExtCommList>(this); }
 
 } // namespace Routing::Bgp

@@ -17,6 +17,7 @@
 // Built by one owner, then read-only and shareable between threads.
 #pragma once
 
+#include "QorBgp/ExtCommSnapshotBase.h"
 #include "QorBgp/QorBgpCommunityListClassification.h"
 #include "platform/CommunityValue.h"
 #include "platform/Hoard.h"
@@ -85,7 +86,9 @@ class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
 
    // Building (before dedup).
    void expectedCommunityCountIs(U32 communityCount) { comms_.reserve(communityCount); }
-   void commIs(ExtComm::PtrConst const& comm) { ExtCommVectorAdd(comm, comms_); }
+   // Appends an interned value; fatal "__null != comm" for null and the
+   // interned-state condition for a value never interned. No ordering.
+   void commIs(ExtComm::PtrConst const& comm);
    void append(PtrConst const& otherExtCommList);
    void appendVector(ExtCommVector const& comms);
    void appendClassificationList(ExtCommClassificationList::PtrConst const& otherClassificationList);
@@ -185,41 +188,15 @@ QORBGP_EXPORT ExtCommList::Ptr extCommListFactory();
 QORBGP_EXPORT ExtCommList::Ptr ExtCommListIs();
 
 // A notifying copy of an extended community list: its classification lists
-// by classification and its values by content word.
-class QORBGP_EXPORT ExtCommListSnapshot : public Kiv::Notifier {
+// by classification and its values by content word (see ExtCommSnapshotBase.h).
+class QORBGP_EXPORT ExtCommListSnapshot
+    : public ExtCommListSnapshotBase<ExtCommClassificationList, ExtComm, U64> {
  public:
    KIV_POINTER_TYPES(ExtCommListSnapshot);
-
-   class Notifiee : public Kiv::Notifiee {
-    public:
-      virtual void onClassificationList(ExtCommClassification const&) {}
-      virtual void onComm(U64 const&) {}
-   };
-   using ClassificationListMap =
-      Kiv::NotifyingOrderedMap<ExtCommClassification, ExtCommClassificationList::PtrConst, Notifiee,
-                               &Notifiee::onClassificationList>;
-   using CommMap = Kiv::NotifyingOrderedMap<U64, ExtComm::PtrConst, Notifiee, &Notifiee::onComm>;
 
    // Kiv::NullArgumentError for a null argument.
    void classificationListIs(ExtCommClassificationList::PtrConst const& list);
    void commIs(ExtComm::PtrConst const& comm);
-   void classificationListDel(ExtCommClassification classification) {
-      classificationList_.erase(classification);
-   }
-   void classificationListDel(ClassificationListMap::const_iterator it) {
-      classificationList_.erase(it->first);
-   }
-   void commDel(U64 const& community) { comm_.erase(community); }
-   void commDel(CommMap::const_iterator it) { comm_.erase(it->first); }
-   void classificationListDelAll() { classificationList_.clear(); }
-   void commDelAll() { comm_.clear(); }
-
-   ClassificationListMap const& classificationList() const noexcept { return classificationList_; }
-   CommMap const& comm() const noexcept { return comm_; }
-
- private:
-   ClassificationListMap classificationList_{*this};
-   CommMap comm_{*this};
 };
 
 } // namespace Routing::Bgp

@@ -9,6 +9,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("QorBgpCommunityList");
+
 RtExtCommListLifeTimeNotifier::RtExtCommListLifeTimeNotifier(
    RtExtCommClassificationList const* list) noexcept
     : Zup::DedupHandleLifeTimeNotifier(list) {}
@@ -135,6 +137,10 @@ void ExtCommListDedupTable::dumpState(Kiv::DumpContext& context, unsigned indent
 
 ExtCommListDedupTable::Ptr extCommListDedupTableFactory() {
    return Kiv::newNotifying<ExtCommListDedupTable>();
+}
+
+std::string RtExtCommListLifeTimeNotifier::toStrep() const {
+   return stringify<ExtCommClassificationList>(rtExtCommListRawPtr());
 }
 
 } // namespace Routing::Bgp

@@ -6,6 +6,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("QorBgpCommunityList");
+
 namespace {
 
 // Regex texts of typical lists fit on the stack.
@@ -14,18 +16,6 @@ constexpr std::size_t matchTextCapacity = 512;
 void writeExtComm(std::ostream& os, ExtComm::PtrConst const& comm) { os << comm; }
 
 } // namespace
-
-// Standard lists are the most printed: their text is built in a stack
-// buffer and written in one piece.
-constexpr std::size_t standardTextCapacity = 1024;
-
-void formatCommList(std::ostream& os, CommList const* list) {
-   if (list) {
-      Kiv::DynamicBuffer<standardTextCapacity> text;
-      list->appendText(text);
-      os.write(text.data(), static_cast<std::streamsize>(text.size()));
-   }
-}
 
 void formatCommList(std::ostream& os, LargeCommList const* list) {
    formatListElements(
@@ -54,11 +44,6 @@ void formatCommList(std::ostream& os, RtExtCommListLifeTimeNotifier const* notif
       return;
    }
    formatCommList(os, static_cast<ExtCommClassificationList const*>(notifier->rtExtCommListRawPtr()));
-}
-
-std::ostream& operator<<(std::ostream& os, CommList const* list) {
-   formatCommList(os, list);
-   return os;
 }
 
 std::ostream& operator<<(std::ostream& os, LargeCommList const* list) {
@@ -106,30 +91,6 @@ bool matchExtCommList(ExtCommList const* list, MatchMode matchMode,
    std::string_view const strVal = text.view();
    QOR_ASSERT(!strVal.empty() || matchMode != MatchMode::ui);
    return regex->execute(strVal) == 0;
-}
-
-bool ExtCommList::matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const {
-   return matchExtCommList(this, MatchMode::standard, regex) ||
-          matchExtCommList(this, MatchMode::classification, regex) ||
-          (hasPolicyMatchStrepUICommunities() && matchExtCommList(this, MatchMode::ui, regex));
-}
-
-std::string ExtCommList::toStrep() const { return stringify<ExtCommList>(this); }
-
-std::string ExtCommClassificationList::toStrep() const {
-   return stringify<ExtCommClassificationList>(this);
-}
-
-std::string CommList::toStrep() const {
-   Kiv::DynamicBuffer<standardTextCapacity> text;
-   appendText(text);
-   return text.str();
-}
-
-std::string LargeCommList::toStrep() const { return stringify<LargeCommList>(this); }
-
-std::string RtExtCommListLifeTimeNotifier::toStrep() const {
-   return stringify<ExtCommClassificationList>(rtExtCommListRawPtr());
 }
 
 } // namespace Routing::Bgp

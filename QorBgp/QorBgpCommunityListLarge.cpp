@@ -1,11 +1,16 @@
 #include "QorBgp/QorBgpCommunityListLarge.h"
 
 #include "QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgp/QorBgpCommunityListHoard.h"
 #include "QorBgp/QorBgpCommunityListVector.h"
 #include "QorBgp/QorBgpSerialize.h"
+#include "QorBgp/QorBgpTrace.h"
 #include "platform/PosixRegex.h"
 
 namespace Routing::Bgp {
+
+QOR_ASSERT_UNIT("QorBgpCommunityList");
 
 namespace {
 
@@ -145,5 +150,15 @@ std::string LargeCommList::displayString(Acl::CommunityValue const& value, bool 
 }
 
 LargeCommList::Ptr largeCommListFactory() { return Kiv::newNotifying<LargeCommList>(); }
+
+LargeCommList::PtrConst LargeCommList::dehoard(void const* data, hoard::StoreManager* store) {
+   return dehoardCommList<LargeCommList, Acl::CommunityValue>(data, store);
+}
+
+hoard::Location LargeCommList::hoard(hoard::StoreWriter& writer) const {
+   return writer.publishList<Acl::CommunityValue>(storedFlags(), commVector_);
+}
+
+std::string LargeCommList::toStrep() const { return stringify<LargeCommList>(this); }
 
 } // namespace Routing::Bgp

@@ -8,6 +8,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("QorBgpCommunityList");
+
 RouteMapMatchMemo::RouteMapMatchMemo(Routing::RouteMap::PosixRegex::PtrConst regex,
                                      std::size_t slots)
     : regex_(std::move(regex)), mask_(std::bit_ceil(std::max<std::size_t>(slots, 1)) - 1),

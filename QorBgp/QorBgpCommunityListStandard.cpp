@@ -1,9 +1,12 @@
 #include "QorBgp/QorBgpCommunityListStandard.h"
 
 #include "QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgp/QorBgpCommunityListHoard.h"
 #include "QorBgp/QorBgpCommunityListStandardCache.h"
 #include "QorBgp/QorBgpCommunityListVector.h"
 #include "QorBgp/QorBgpSerialize.h"
+#include "QorBgp/QorBgpTrace.h"
 #include "platform/DynamicBuffer.h"
 #include "platform/FeatureToggle.h"
 #include "platform/PosixRegex.h"
@@ -14,6 +17,8 @@
 #include <mutex>
 
 namespace Routing::Bgp {
+
+QOR_ASSERT_UNIT("QorBgpCommunityList");
 
 KIV_ENUM_DEFINE(BgpCommunityValue, "Routing::Bgp::BgpCommunityValue", Kiv::noMemberLimit,
                 QORBGP_BGP_COMMUNITY_VALUE_MEMBERS)
@@ -283,5 +288,36 @@ std::string CommList::wellKnownName(U32 value) {
 }
 
 CommList::Ptr commListFactory() { return Kiv::newNotifying<CommList>(); }
+
+CommList::PtrConst CommList::dehoard(void const* data, hoard::StoreManager* store) {
+   return dehoardCommList<CommList, U32>(data, store);
+}
+
+hoard::Location CommList::hoard(hoard::StoreWriter& writer) const {
+   return writer.publishList<U32>(storedFlags(), commVector_);
+}
+
+// Standard lists are the most printed: their text is built in a stack
+// buffer and written in one piece.
+constexpr std::size_t standardTextCapacity = 1024;
+
+std::string CommList::toStrep() const {
+   Kiv::DynamicBuffer<standardTextCapacity> text;
+   appendText(text);
+   return text.str();
+}
+
+void formatCommList(std::ostream& os, CommList const* list) {
+   if (list) {
+      Kiv::DynamicBuffer<standardTextCapacity> text;
+      list->appendText(text);
+      os.write(text.data(), static_cast<std::streamsize>(text.size()));
+   }
+}
+
+std::ostream& operator<<(std::ostream& os, CommList const* list) {
+   formatCommList(os, list);
+   return os;
+}
 
 } // namespace Routing::Bgp

@@ -8,6 +8,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("QorBgpMiscTypes");
+
 namespace {
 
 constexpr U64 maxDenseWord = std::numeric_limits<U32>::max();

@@ -10,6 +10,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("QorBgpSerialize");
+
 namespace {
 
 constexpr U32 maxShortAttrSize = 0xFF; // largest length that fits the one-octet form

@@ -12,6 +12,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("RouteTargetPrefix");
+
 namespace {
 
 constexpr std::string_view typeName = "Routing::Bgp::RouteTargetPrefix";

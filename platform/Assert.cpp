@@ -16,8 +16,9 @@ std::string_view sourceUnit(std::string_view file) noexcept {
    return file;
 }
 
-void assertionFailed(char const* condition, char const* file, int line) noexcept {
-   std::string_view unit = sourceUnit(file);
+void assertionFailed(char const* condition, char const* declaredUnit, char const* file,
+                     int line) noexcept {
+   std::string_view const unit = declaredUnit ? std::string_view(declaredUnit) : sourceUnit(file);
    std::fprintf(stderr, "%.*s:%d: assertion failed: %s\n", static_cast<int>(unit.size()),
                 unit.data(), line, condition);
    std::fflush(stderr);

@@ -87,7 +87,7 @@ class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
 
    // Resident handles (a snapshot in the multi-threaded form).
    std::size_t size() const noexcept;
-   // "<indent>DedupHashTable #<n> (<form>): <size> entries".
+   // "<indent>DedupHashTable (<form>): <size> entries".
    void dumpState(Kiv::DumpContext& context, unsigned indent) const;
 
    // Typed fronts: the same operations returning the derived type.

@@ -7,6 +7,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("ExtComm");
+
 BgpParseExtCommControl::BgpParseExtCommControl() noexcept = default;
 
 BgpParseExtCommControl::BgpParseExtCommControl(

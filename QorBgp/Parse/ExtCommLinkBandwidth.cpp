@@ -7,6 +7,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("ExtCommLinkBandwidth");
+
 namespace {
 
 // What a fresh std::ostream writes for a double: %g, six significant digits.

@@ -5,6 +5,8 @@
 
 namespace Routing::Bgp {
 
+QOR_ASSERT_UNIT("ExtComm");
+
 namespace {
 
 U8 subtypeOctet(ExtCommContent const& content) noexcept { return content.subtypeOctet(); }

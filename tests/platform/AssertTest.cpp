@@ -4,9 +4,9 @@
 
 namespace {
 
-TEST(AssertDeathTest, PrintsConditionTextAndSourceUnit) {
+TEST(AssertDeathTest, UndeclaredUnitIsTheFileName) {
    int answer = 41;
-   EXPECT_DEATH(QOR_ASSERT(answer == 42), "AssertTest:[0-9]+: assertion failed: answer == 42");
+   EXPECT_DEATH(QOR_ASSERT(answer == 42), "^AssertTest:[0-9]+: assertion failed: answer == 42");
 }
 
 TEST(AssertDeathTest, ExplicitTextReplacesTheExpression) {
@@ -17,3 +17,12 @@ TEST(AssertDeathTest, ExplicitTextReplacesTheExpression) {
 TEST(Assert, PassingConditionDoesNothing) { QOR_ASSERT(1 + 1 == 2); }
 
 } // namespace
+
+namespace declared {
+QOR_ASSERT_UNIT("SomeModule");
+
+TEST(AssertDeathTest, DeclaredUnitReplacesTheFileName) {
+   EXPECT_DEATH(QOR_ASSERT(false), "^SomeModule:[0-9]+: assertion failed: false");
+}
+
+} // namespace declared

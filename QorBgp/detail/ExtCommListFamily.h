@@ -1,0 +1,236 @@
+// The core that the two extended community list families share: ExtCommList
+// with its classification lists (8-octet values) and ExtCommIp6List with
+// ExtCommIp6ClassificationList (IPv6-address-specific values). Each list class
+// keeps its own named members and forwards to these templates, so the value
+// vectors, the split into classification lists and their publication, the
+// lookups, the identity hash and compare, the selection of values for the
+// wire and the snapshots are written once. Private to the library.
+//
+// An element of a value vector is a counted pointer to an interned value with
+// a `community()` sort key and a `classification()`; vectors are ascending in
+// that key once sorted.
+#pragma once
+
+#include "QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgp/QorBgpSerialize.h"
+#include "platform/Assert.h"
+#include "platform/Dedup.h"
+#include "platform/Hash.h"
+#include "platform/Notifier.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <new>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace Routing::Bgp::detail {
+
+
+// Appends `comm`, which must be set and interned (or restored), taking a
+// reference.
+template <class Element, class Vector>
+void ExtCommVectorAdd(Element const& comm, Vector& vector) {
+   QOR_ASSERT_TEXT(comm != nullptr, "__null != comm");
+   QOR_ASSERT_TEXT(comm == nullptr || comm->dedupState() != Zup::dedupHandleStateNeverDeduped(),
+                   "__null == ( comm ) || ( comm )->dedupState() != "
+                   "Zup::dedupHandleStateNeverDeduped()");
+   vector.push_back(comm);
+}
+
+template <class Element>
+bool ExtCommSortFn(Element const& a, Element const& b) noexcept {
+   return a->community() < b->community();
+}
+
+template <class Element, class Key>
+bool ExtCommSortFnValue(Element const& comm, Key const& value) noexcept {
+   return comm->community() < value;
+}
+
+// Makes capacity equal to size. Allocation failure is swallowed: the vector
+// keeps its larger buffer.
+template <class Vector>
+void trimCapacity(Vector& vector) noexcept {
+   if (vector.capacity() == vector.size()) {
+      return;
+   }
+   try {
+      Vector exact;
+      exact.reserve(vector.size());
+      std::move(vector.begin(), vector.end(), std::back_inserter(exact));
+      vector.swap(exact);
+   } catch (std::bad_alloc const&) {
+   }
+}
+
+// Sorts ascending by community(), drops later duplicates (releasing their
+// references) and trims the capacity to the size.
+template <class Vector>
+void ExtCommVectorSort(Vector& vector) {
+   using Element = typename Vector::value_type;
+   std::sort(vector.begin(), vector.end(), ExtCommSortFn<Element>);
+   auto last = std::unique(vector.begin(), vector.end(), [](Element const& a, Element const& b) {
+      return a->community() == b->community();
+   });
+   vector.erase(last, vector.end());
+   trimCapacity(vector);
+}
+
+// The element whose community() equals `community`, or null. The vector must
+// be sorted (fatal "commVectorSorted" otherwise).
+template <class Vector, class Key>
+typename Vector::value_type ExtCommVectorLookup(bool sorted, Vector const& vector,
+                                                Key const& community) {
+   using Element = typename Vector::value_type;
+   QOR_ASSERT_TEXT(sorted, "commVectorSorted");
+   auto it = std::lower_bound(vector.begin(), vector.end(), community,
+                              ExtCommSortFnValue<Element, Key>);
+   if (it == vector.end()) {
+      return nullptr;
+   }
+   Element const& extComm = *it;
+   if (extComm->community() == community) {
+      return extComm;
+   }
+   QOR_ASSERT(extComm->community() > community);
+   return nullptr;
+}
+
+// Jenkins one-at-a-time over the identities of the non-null objects, each
+// the eight bytes of its address, least significant first. Equal interned
+// contents are the same objects, so equal lists of them hash equally. Every
+// object must be interned.
+template <class Vector>
+U32 ExtCommIdentityHash(Vector const& objects) noexcept {
+   U32 hash = 0;
+   for (auto const& p : objects) {
+      if (!p) {
+         continue;
+      }
+      QOR_ASSERT_TEXT(p->dedupState() != Zup::dedupHandleStateNeverDeduped(),
+                      "__null == ( p ) || ( p )->dedupState() != "
+                      "Zup::dedupHandleStateNeverDeduped()");
+      U64 address = reinterpret_cast<std::uintptr_t>(p.get());
+      if constexpr (std::endian::native == std::endian::big) {
+         address = __builtin_bswap64(address);
+      }
+      U8 bytes[sizeof address];
+      std::memcpy(bytes, &address, sizeof address);
+      hash = Kiv::jenkinsAdd(hash, bytes);
+   }
+   return Kiv::jenkinsFinish(hash);
+}
+
+// Values whose type octet has this bit set are non-transitive.
+inline constexpr U8 nonTransitiveTypeBit = 0x40;
+
+inline bool isTransitiveType(U8 typeOctet) noexcept {
+   return (typeOctet & nonTransitiveTypeBit) == 0;
+}
+
+// The classification list of `classification` in `lists` (indexed by
+// classification), or null, including classifications beyond the vector.
+// `owner` must have been interned.
+template <class Owner, class ListVector>
+typename ListVector::value_type classificationListAt(Owner const& owner, ListVector const& lists,
+                                                     ExtCommClassification classification) {
+   QOR_ASSERT_TEXT(owner.dedupState() != Zup::dedupHandleStateNeverDeduped(),
+                   "__null == ( this ) || ( this )->dedupState() != "
+                   "Zup::dedupHandleStateNeverDeduped()");
+   return classification < lists.size() ? lists[classification] : nullptr;
+}
+
+// Appends every value of the sorted `comms` to the list of its
+// classification in `lists` (indexed by classification, grown with nulls).
+// A missing list is made by `create(classification)`; a list already there
+// is first handed to `reuse(list)`, which may check it. The lists are the
+// builder's own until they are interned, hence the cast.
+template <class ListVector, class Comms, class Create, class Reuse>
+void splitByClassification(Comms const& comms, ListVector& lists, Create create, Reuse reuse) {
+   using List = std::remove_cvref_t<decltype(*std::declval<typename ListVector::value_type>())>;
+   for (auto const& comm : comms) {
+      std::size_t const k = comm->classification();
+      if (k >= lists.size()) {
+         lists.resize(k + 1);
+      }
+      if (lists[k]) {
+         reuse(*lists[k]);
+      } else {
+         lists[k] = create(comm->classification());
+      }
+      const_cast<List*>(lists[k].get())->commIs(comm);
+   }
+}
+
+// Interns every classification list in `lists` that is not interned yet
+// (its dedup sorts it) and puts the resident list in its place; a list
+// interned already must be sorted.
+template <class ListVector, class Table>
+void publishClassificationLists(ListVector& lists, Table const* table) {
+   using List = std::remove_cvref_t<decltype(*std::declval<typename ListVector::value_type>())>;
+   for (auto& list : lists) {
+      if (!list) {
+         continue;
+      }
+      if (list->dedupState() == Zup::dedupHandleStateNeverDeduped()) {
+         list = const_cast<List*>(list.get())->dedup(table);
+      }
+      QOR_ASSERT_TEXT(list->commVectorSorted(), "_classificationList->commVectorSorted()");
+   }
+}
+
+// The attribute `type` (flags 0xC0) holding, in order, the values of `comms`
+// for which `selected(comm)` holds, each written by `write(out, comm)` in
+// `valueSize` bytes; `count` is how many the header announces. Empty when
+// `count` is 0. NOTE: the buffer is returned as written, not checked against
+// the count: an unpruned list from a peer may select more values than its
+// count says, and that must never stop the process.
+template <class Comms, class Selected, class Write>
+std::string serializeSelected(BgpPathAttrType type, U32 valueSize, U32 count, Comms const& comms,
+                              Selected selected, Write write) {
+   if (count == 0) {
+      return {};
+   }
+   SerializePathAttribute out(type, optionalTransitive, valueSize * count);
+   for (auto const& comm : comms) {
+      if (selected(comm)) {
+         write(out, comm);
+      }
+   }
+   return out.Serialize::serializedString(0);
+}
+
+// A new snapshot of a list, notification on: first every classification
+// list in classification order, then every value in order.
+template <class Snapshot, class ListVector, class Comms>
+Kiv::Ptr<Snapshot> listSnapshot(ListVector const& lists, Comms const& comms) {
+   auto snapshot = Kiv::newNotifying<Snapshot>();
+   for (auto const& list : lists) {
+      if (list) {
+         snapshot->classificationListIs(list);
+      }
+   }
+   for (auto const& comm : comms) {
+      snapshot->commIs(comm);
+   }
+   return snapshot;
+}
+
+// A new snapshot of a classification list, notification on, holding every value.
+template <class Snapshot, class Comms>
+Kiv::Ptr<Snapshot> classificationListSnapshot(ExtCommClassification classification,
+                                              Comms const& comms) {
+   auto snapshot = Kiv::newNotifying<Snapshot>(classification);
+   for (auto const& comm : comms) {
+      snapshot->commIs(comm);
+   }
+   return snapshot;
+}
+
+} // namespace Routing::Bgp::detail
