@@ -4,6 +4,7 @@
 #include "QorBgp/QorBgpSerialize.h"
 #include "QorBgp/QorBgpTrace.h"
 #include "QorBgp/detail/ExtCommListFamily.h"
+#include "platform/Hoard.h"
 #include "platform/Errors.h"
 
 #include <ostream>

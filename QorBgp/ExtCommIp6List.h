@@ -17,7 +17,7 @@
 // Built by one owner, then read-only and shareable between threads.
 #pragma once
 
-#include "platform/Hoard.h"
+#include "platform/HoardFwd.h"
 
 #include "QorBgp/ExtCommIp6ClassificationList.h"
 #include "QorBgp/ExtCommIp6ListDedupTable.h"

@@ -21,6 +21,7 @@
 #include "platform/Dedup.h"
 #include "platform/DynamicBuffer.h"
 #include "platform/Export.h"
+#include "platform/HoardFwd.h"
 #include "platform/Ptr.h"
 #include "platform/Types.h"
 
@@ -30,9 +31,6 @@
 #include <string>
 #include <string_view>
 
-namespace hoard {
-class StoreManager;
-}
 
 namespace Routing::Bgp {
 

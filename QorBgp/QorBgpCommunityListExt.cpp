@@ -5,6 +5,7 @@
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpSerialize.h"
 #include "QorBgp/QorBgpTrace.h"
+#include "platform/Hoard.h"
 #include "platform/Errors.h"
 
 namespace Routing::Bgp {

@@ -20,7 +20,7 @@
 #include "QorBgp/ExtCommSnapshotBase.h"
 #include "QorBgp/QorBgpCommunityListClassification.h"
 #include "platform/CommunityValue.h"
-#include "platform/Hoard.h"
+#include "platform/HoardFwd.h"
 #include "platform/PosixRegex.h"
 
 #include <string>

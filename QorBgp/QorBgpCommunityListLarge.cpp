@@ -3,9 +3,10 @@
 #include "QorBgp/QorBgpCommunityListDedupTable.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpCommunityListHoard.h"
-#include "QorBgp/QorBgpCommunityListVector.h"
+#include "QorBgp/detail/CommListVector.h"
 #include "QorBgp/QorBgpSerialize.h"
 #include "QorBgp/QorBgpTrace.h"
+#include "platform/Hoard.h"
 #include "platform/PosixRegex.h"
 
 namespace Routing::Bgp {

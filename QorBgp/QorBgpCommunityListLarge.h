@@ -6,7 +6,7 @@
 #include "platform/CommunityValue.h"
 #include "platform/Dedup.h"
 #include "platform/DynamicBuffer.h"
-#include "platform/Hoard.h"
+#include "platform/HoardFwd.h"
 #include "platform/Export.h"
 #include "platform/Ptr.h"
 #include "platform/RouteMapCommListSnapshot.h"

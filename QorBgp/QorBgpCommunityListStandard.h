@@ -6,7 +6,7 @@
 
 #include "platform/Dedup.h"
 #include "platform/DynamicBuffer.h"
-#include "platform/Hoard.h"
+#include "platform/HoardFwd.h"
 #include "platform/Enum.h"
 #include "platform/Export.h"
 #include "platform/Notifier.h"

@@ -1,4 +1,4 @@
-#include "QorBgp/QorBgpCommunityListStandardCache.h"
+#include "QorBgp/detail/CommListThreadCache.h"
 
 #include <algorithm>
 #include <new>
