@@ -2,7 +2,6 @@
 
 #include "QorBgp/ExtCommIp6ListDedupTable.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
-#include "QorBgp/detail/ExtCommListFamily.h"
 #include "platform/Errors.h"
 
 #include <ostream>
@@ -13,7 +12,7 @@ QOR_ASSERT_UNIT("ExtCommIp6ClassificationList");
 
 ExtCommIp6ClassificationList::ExtCommIp6ClassificationList(
    ExtCommClassification classification) noexcept
-    : classification_(classification) {}
+    : ExtCommClassificationListCore(classification) {}
 
 ExtCommIp6ClassificationList::~ExtCommIp6ClassificationList() = default;
 
@@ -22,38 +21,15 @@ std::string_view ExtCommIp6ClassificationList::fwkType() const noexcept {
 }
 
 void ExtCommIp6ClassificationList::commIs(ExtCommIp6::PtrConst const& comm) {
-   detail::ExtCommVectorAdd(comm, comms_);
-}
-
-ExtCommIp6::PtrConst ExtCommIp6ClassificationList::comm(ExtCommIp6Content const& content) const {
-   return detail::ExtCommVectorLookup(commVectorSorted(), comms_, content);
-}
-
-U32 ExtCommIp6ClassificationList::hash() const noexcept {
-   QOR_ASSERT(commVectorSorted());
-   return detail::ExtCommIdentityHash(comms_);
-}
-
-bool ExtCommIp6ClassificationList::compare(Zup::DedupHandle const* other) const noexcept {
-   QOR_ASSERT(commVectorSorted());
-   return comms_ == static_cast<ExtCommIp6ClassificationList const*>(other)->comms_;
-}
-
-bool ExtCommIp6ClassificationList::compareByContent(Zup::DedupContentHandle const&) const noexcept {
-   return false;
+   commAppend(comm);
 }
 
 ExtCommIp6ClassificationList::PtrConst
 ExtCommIp6ClassificationList::dedup(ExtCommIp6ListDedupTable const* table) {
-   detail::ExtCommVectorSort(comms_);
+   commVectorSort();
    commVectorSortedIs(true);
    return table->extCommIp6ClassificationListDedupTable()->dedupAs<ExtCommIp6ClassificationList>(
       PtrConst(this));
-}
-
-Kiv::Ptr<ExtCommIp6ClassificationListSnapshot> ExtCommIp6ClassificationList::commSnapshot() const {
-   return detail::classificationListSnapshot<ExtCommIp6ClassificationListSnapshot>(classification_,
-                                                                                  comms_);
 }
 
 std::string ExtCommIp6ClassificationList::toStrep() const { return stringify(this); }

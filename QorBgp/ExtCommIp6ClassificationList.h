@@ -16,6 +16,7 @@
 #pragma once
 
 #include "QorBgp/ExtCommIp6.h"
+#include "QorBgp/ExtCommListCore.h"
 #include "QorBgp/ExtCommSnapshotBase.h"
 #include "platform/NotifyingCollections.h"
 
@@ -32,7 +33,10 @@ class ExtCommIp6ClassificationListSnapshot;
 // Members of an IPv6 list; ascending by content, without duplicates, once sorted.
 using ExtCommIp6Vector = std::vector<ExtCommIp6::PtrConst>;
 
-class QORBGP_EXPORT ExtCommIp6ClassificationList : public Zup::DedupHandle {
+// The shared members (classification, lookup, identity hash and compare,
+// snapshot) are ExtCommClassificationListCore's (ExtCommListCore.h).
+class QORBGP_EXPORT ExtCommIp6ClassificationList
+    : public ExtCommClassificationListCore<ExtCommIp6ClassificationList, ExtCommIp6Family> {
  public:
    KIV_POINTER_TYPES(ExtCommIp6ClassificationList);
 
@@ -40,42 +44,21 @@ class QORBGP_EXPORT ExtCommIp6ClassificationList : public Zup::DedupHandle {
    ~ExtCommIp6ClassificationList() override;
    virtual std::string_view fwkType() const noexcept;
 
-   ExtCommClassification classification() const noexcept { return classification_; }
-
    // Appends an interned value; fatal "__null != comm" for null and the
    // interned-state condition for a value never interned. No ordering.
    void commIs(ExtCommIp6::PtrConst const& comm);
-   // The member with `content`, or null. Fatal "commVectorSorted" on an
-   // unsorted list.
-   ExtCommIp6::PtrConst comm(ExtCommIp6Content const& content) const;
-   U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
-   ExtCommIp6Vector const* commVectorRawPtr() const noexcept { return &comms_; }
    bool commVectorSorted() const noexcept { return commVectorSorted_; }
    void commVectorSortedIs(bool sorted) noexcept { commVectorSorted_ = sorted; }
-
-   // Jenkins one-at-a-time over the addresses of the (interned) members.
-   // Fatal "commVectorSorted()" on an unsorted list.
-   U32 hash() const noexcept override;
-   // The very same members in the same order; the classification is not
-   // compared (lists of different classifications cannot share members, and
-   // all empty lists are one). Fatal "commVectorSorted()" on an unsorted list.
-   bool compare(Zup::DedupHandle const* other) const noexcept override;
-   // Lists are interned by identity of their members, never looked up by content.
-   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
    // Sorts (dropping duplicates) and interns this list in `table`'s
    // classification-list table; returns the resident equal list or this one.
    // The caller continues with the result.
    PtrConst dedup(ExtCommIp6ListDedupTable const* table);
 
-   // A new snapshot holding every member, notification on.
-   Kiv::Ptr<ExtCommIp6ClassificationListSnapshot> commSnapshot() const;
    // The stream text, "[ <m1> <m2> ]".
    std::string toStrep() const;
 
  private:
-   ExtCommClassification const classification_;
-   ExtCommIp6Vector comms_;
    bool commVectorSorted_ = false;
 };
 

@@ -2,7 +2,7 @@
 
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpSerialize.h"
-#include "QorBgp/QorBgpTrace.h"
+#include "QorBgp/detail/DehoardList.h"
 #include "QorBgp/detail/ExtCommListFamily.h"
 #include "platform/Hoard.h"
 #include "platform/Errors.h"
@@ -32,60 +32,33 @@ ExtCommIp6List::~ExtCommIp6List() = default;
 std::string_view ExtCommIp6List::fwkType() const noexcept { return "Routing::Bgp::ExtCommIp6List"; }
 
 void ExtCommIp6List::commIs(ExtCommIp6::PtrConst const& comm) {
-   detail::ExtCommVectorAdd(comm, comms_);
+   commAppend(comm);
    totalTransitiveCommunities_ += isTransitive(*comm) ? 1 : 0;
 }
 
 void ExtCommIp6List::sortComms() {
-   detail::ExtCommVectorSort(comms_);
+   commVectorSort();
    commVectorSorted_ = true;
    // Duplicates are gone: count again.
    totalTransitiveCommunities_ = 0;
-   for (ExtCommIp6::PtrConst const& comm : comms_) {
+   for (ExtCommIp6::PtrConst const& comm : commVector()) {
       totalTransitiveCommunities_ += isTransitive(*comm) ? 1 : 0;
    }
 }
 
 ExtCommIp6List::PtrConst ExtCommIp6List::dedup(ExtCommIp6ListDedupTable const* table) {
-   QOR_ASSERT_TEXT(dedupState() == Zup::dedupHandleStateNeverDeduped(),
-                   "__null == ( this ) || ( this )->dedupState() == "
-                   "Zup::dedupHandleStateNeverDeduped()");
+   assertNeverDeduped();
    sortComms();
    classificationLists_.clear();
-   detail::splitByClassification(comms_, classificationLists_, extCommIp6ClassificationListFactory,
+   detail::splitByClassification(commVector(), classificationLists_, extCommIp6ClassificationListFactory,
                                  [](ExtCommIp6ClassificationList const&) {});
-   detail::publishClassificationLists(classificationLists_, table);
+   detail::publishClassificationLists(classificationLists_, table, qorAssertUnit);
    return table->dedupAs<ExtCommIp6List>(PtrConst(this));
-}
-
-ExtCommIp6::PtrConst ExtCommIp6List::comm(ExtCommIp6Content const& content) const {
-   return detail::ExtCommVectorLookup(commVectorSorted(), comms_, content);
-}
-
-U32 ExtCommIp6List::totalCommunities() const noexcept {
-   QOR_ASSERT(commVectorSorted());
-   return comms();
-}
-
-ExtCommIp6ClassificationList::PtrConst
-ExtCommIp6List::classificationList(ExtCommClassification classification) const {
-   return detail::classificationListAt(*this, classificationLists_, classification);
-}
-
-U32 ExtCommIp6List::hash() const noexcept { return detail::ExtCommIdentityHash(classificationLists_); }
-
-bool ExtCommIp6List::compare(Zup::DedupHandle const* otherExtCommIp6List) const noexcept {
-   return classificationLists_ ==
-          static_cast<ExtCommIp6List const*>(otherExtCommIp6List)->classificationLists_;
-}
-
-bool ExtCommIp6List::compareByContent(Zup::DedupContentHandle const&) const noexcept {
-   return false;
 }
 
 std::string ExtCommIp6List::serialize(bool all) const {
    return detail::serializeSelected(
-      extCommunityIp6, valueSize, all ? totalCommunities() : totalTransitiveCommunities_, comms_,
+      extCommunityIp6, valueSize, all ? totalCommunities() : totalTransitiveCommunities_, commVector(),
       [all](ExtCommIp6::PtrConst const& comm) { return all || isTransitive(*comm); },
       [](SerializePathAttribute& out, ExtCommIp6::PtrConst const& comm) {
          ExtCommIp6Content const content = comm->community();
@@ -99,7 +72,7 @@ std::string ExtCommIp6List::serialize(bool all) const {
 std::string ExtCommIp6List::commsStringForm() const {
    ExtCommIp6::StrepFormat const addressAndLocalAdmin(ExtCommIp6::StrepFormat::flagClassification);
    std::string text;
-   for (ExtCommIp6::PtrConst const& comm : comms_) {
+   for (ExtCommIp6::PtrConst const& comm : commVector()) {
       text += comm->toStrepForPolicy(addressAndLocalAdmin);
       text += ' ';
    }
@@ -107,10 +80,6 @@ std::string ExtCommIp6List::commsStringForm() const {
 }
 
 std::string ExtCommIp6List::toStrep() const { return stringify(this); }
-
-Kiv::Ptr<ExtCommIp6ListSnapshot> ExtCommIp6List::commSnapshot() const {
-   return detail::listSnapshot<ExtCommIp6ListSnapshot>(classificationLists_, comms_);
-}
 
 ExtCommIp6List::Ptr extCommIp6ListFactory() { return Kiv::newNotifying<ExtCommIp6List>(); }
 
@@ -136,8 +105,8 @@ void ExtCommIp6ListSnapshot::commIs(ExtCommIp6::PtrConst const& comm) {
 
 hoard::Location ExtCommIp6List::hoard(hoard::StoreWriter& writer) const {
    std::vector<hoard::ExtCommIp6Record> records;
-   records.reserve(comms_.size());
-   for (ExtCommIp6::PtrConst const& comm : comms_) {
+   records.reserve(comms());
+   for (ExtCommIp6::PtrConst const& comm : commVector()) {
       ExtCommIp6Content const content = comm->getContent();
       records.push_back({content.type, content.subtype, content.addr.bytes(), content.localAdmin});
    }
@@ -145,37 +114,27 @@ hoard::Location ExtCommIp6List::hoard(hoard::StoreWriter& writer) const {
 }
 
 ExtCommIp6List::PtrConst ExtCommIp6List::dehoard(void const* data, hoard::StoreManager* store) {
-   QOR_TRACE(qorBgpTrace(), 8, "Dehoarding Routing::Bgp::ExtCommIp6List");
-   hoard::ReaderPtr<hoard::ListRecord> stored(*store, hoard::Location::loadFrom(data));
-   U32 const flags = stored->flags;
-   U32 const count = stored->count;
-   if (!stored.validateVersionAnchor()) {
-      return nullptr;
-   }
-   ExtCommIp6List::Ptr list = extCommIp6ListFactory();
-   if (count != 0) {
-      hoard::ExtCommIp6Record const* records =
-         stored.template trailing<hoard::ExtCommIp6Record>(count);
-      list->expectedCommunityCountIs(count);
-      for (U32 i = 0; i < count; ++i) {
-         hoard::ExtCommIp6Record const record = records[i];
-         ExtCommIp6::Ptr comm = extCommIp6Factory(
-            extCommClassificationUnSpecified,
-            ExtCommIp6Content(record.type, record.subtype, Qornet::Ip6Addr(record.address),
-                              record.localAdmin));
-         comm->dedupStateIs(Zup::DedupState::detached);
-         list->commIs(comm);
-      }
-      if (!stored.validateVersionAnchor()) {
-         return nullptr;
-      }
-   }
-   if (flags & 1) {
-      list->sortComms();
-   }
-   list->dedupStateIs(Zup::DedupState::local);
-   QOR_TRACE(qorBgpTrace(), 8, "  dehoarded: " << list->toStrep());
-   return list;
+   return detail::dehoardList(
+      extCommIp6ListFactory(), data, store,
+      [](ExtCommIp6List& list, hoard::ReaderPtr<hoard::ListRecord>& stored, U32 flags, U32 count) {
+         hoard::ExtCommIp6Record const* records =
+            count ? stored.template trailing<hoard::ExtCommIp6Record>(count) : nullptr;
+         list.expectedCommunityCountIs(count);
+         for (U32 i = 0; i < count; ++i) {
+            hoard::ExtCommIp6Record const record = records[i];
+            ExtCommIp6::Ptr comm = extCommIp6Factory(
+               extCommClassificationUnSpecified,
+               ExtCommIp6Content(record.type, record.subtype, Qornet::Ip6Addr(record.address),
+                                 record.localAdmin));
+            comm->dedupStateIs(Zup::DedupState::detached);
+            list.commIs(comm);
+         }
+         if (flags & 1) {
+            list.sortComms();
+         }
+         list.dedupStateIs(Zup::DedupState::local);
+         return true;
+      });
 }
 
 } // namespace Routing::Bgp

@@ -31,18 +31,17 @@ namespace Routing::Bgp {
 
 class ExtCommIp6ListSnapshot;
 
-class QORBGP_EXPORT ExtCommIp6List : public KivHoard::DedupHandle {
+// The shared members (lookup, classification lists, identity hash and
+// compare, snapshot) are ExtCommListCore's (ExtCommListCore.h).
+class QORBGP_EXPORT ExtCommIp6List : public ExtCommListCore<ExtCommIp6List, ExtCommIp6Family> {
  public:
    KIV_POINTER_TYPES(ExtCommIp6List);
-
-   using ClassificationListVector = std::vector<ExtCommIp6ClassificationList::PtrConst>;
 
    ExtCommIp6List();
    ~ExtCommIp6List() override;
    virtual std::string_view fwkType() const noexcept;
 
    // Building (before dedup).
-   void expectedCommunityCountIs(U32 communityCount) { comms_.reserve(communityCount); }
    // Appends an interned value; fatal "__null != comm" for null and the
    // interned-state condition for a value never interned. No ordering.
    void commIs(ExtCommIp6::PtrConst const& comm);
@@ -55,33 +54,11 @@ class QORBGP_EXPORT ExtCommIp6List : public KivHoard::DedupHandle {
    PtrConst dedup(ExtCommIp6ListDedupTable const* table);
 
    // Reading.
-   // The member with `content`, or null. Fatal "commVectorSorted" on an
-   // unsorted list.
-   ExtCommIp6::PtrConst comm(ExtCommIp6Content const& content) const;
-   ExtCommIp6::PtrConst lookupExtComm(ExtCommIp6Content const& content) const {
-      return comm(content);
-   }
-   U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
-   bool empty() const noexcept { return comms_.empty(); }
-   // The same count, for a sorted list only (fatal "commVectorSorted()").
-   U32 totalCommunities() const noexcept;
    // Members whose type octet has bit 0x40 clear.
    U32 totalTransitiveCommunities() const noexcept { return totalTransitiveCommunities_; }
-   ExtCommIp6Vector const* commVectorRawPtr() const noexcept { return &comms_; }
    bool commVectorSorted() const noexcept { return commVectorSorted_; }
-   // The interned classification list of `classification`; null when the
-   // list has no member of it, including classifications beyond the vector.
-   // Fatal (the interned-state condition) on a list never interned.
-   ExtCommIp6ClassificationList::PtrConst
-   classificationList(ExtCommClassification classification) const;
-
-   // Jenkins one-at-a-time over the addresses of the interned classification
-   // lists, in classification order; 0 for none.
-   U32 hash() const noexcept override;
-   // The very same classification lists at every index.
-   bool compare(Zup::DedupHandle const* otherExtCommIp6List) const noexcept override;
-   // Lists are interned by identity, never looked up by content.
-   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
+   // Indexed by classification; null where no member has that classification.
+   ClassificationListVector const& classificationLists() const noexcept { return classificationLists_; }
 
    // The attribute (type 25, flags 0xC0, 20 bytes per value: type, subtype,
    // address, local administrator in network order) holding every member
@@ -104,14 +81,11 @@ class QORBGP_EXPORT ExtCommIp6List : public KivHoard::DedupHandle {
    // The stream text, "[ <m1> <m2> ]".
    std::string toStrep() const;
 
-   // A new snapshot: every classification list, then every member.
-   Kiv::Ptr<ExtCommIp6ListSnapshot> commSnapshot() const;
-
  private:
-   ExtCommIp6Vector comms_;
+   // The member vector (the core's) comes first.
    bool commVectorSorted_ = false;
    ClassificationListVector classificationLists_; // null where no member has that classification
-   U32 totalTransitiveCommunities_ = 0;           // counts comms_, duplicates included until sorted
+   U32 totalTransitiveCommunities_ = 0; // counts the members, duplicates included until sorted
 };
 
 // A new, empty list in its building state.

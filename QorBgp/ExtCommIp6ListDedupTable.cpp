@@ -18,11 +18,9 @@ void ExtCommIp6ListDedupTable::handleInitialized() {
 }
 
 void ExtCommIp6ListDedupTable::dumpState(Kiv::DumpContext& context, unsigned indent) const {
-   context.printf(indent, "ExtCommIp6ListDedupTable\n");
-   context.printf(indent + 2, "extCommIp6\n");
-   context.child(dedupTable(), indent + 4);
-   context.printf(indent + 2, "extCommIp6Classification\n");
-   context.child(extCommIp6ClassificationListDedupTable_, indent + 4);
+   dumpTables(context, indent, "ExtCommIp6ListDedupTable",
+              {{"extCommIp6", dedupTable()},
+               {"extCommIp6Classification", extCommIp6ClassificationListDedupTable_}});
 }
 
 ExtCommIp6ListDedupTable::Ptr extCommIp6ListDedupTableFactory() {

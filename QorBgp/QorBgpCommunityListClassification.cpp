@@ -2,7 +2,6 @@
 
 #include "QorBgp/QorBgpCommunityListExtDedupTable.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
-#include "QorBgp/detail/ExtCommListFamily.h"
 #include "platform/Errors.h"
 
 namespace Routing::Bgp {
@@ -10,7 +9,7 @@ namespace Routing::Bgp {
 QOR_ASSERT_UNIT("QorBgpCommunityList");
 
 ExtCommClassificationList::ExtCommClassificationList(ExtCommClassification classification)
-    : classification_(classification) {}
+    : ExtCommClassificationListCore(classification) {}
 
 ExtCommClassificationList::~ExtCommClassificationList() = default;
 
@@ -19,33 +18,15 @@ std::string_view ExtCommClassificationList::fwkType() const noexcept {
 }
 
 void ExtCommClassificationList::commIs(ExtComm::PtrConst const& comm) {
-   detail::ExtCommVectorAdd(comm, comms_);
+   commAppend(comm);
    checkPrunable(comm);
-}
-
-ExtComm::PtrConst ExtCommClassificationList::comm(U64 const& community) const {
-   return detail::ExtCommVectorLookup(commVectorSorted(), comms_, community);
-}
-
-U32 ExtCommClassificationList::hash() const noexcept {
-   QOR_ASSERT(commVectorSorted());
-   return detail::ExtCommIdentityHash(comms_);
-}
-
-bool ExtCommClassificationList::compare(Zup::DedupHandle const* other) const noexcept {
-   QOR_ASSERT(commVectorSorted());
-   return comms_ == static_cast<ExtCommClassificationList const*>(other)->comms_;
-}
-
-bool ExtCommClassificationList::compareByContent(Zup::DedupContentHandle const&) const noexcept {
-   return false;
 }
 
 ExtCommClassificationList::PtrConst
 ExtCommClassificationList::dedup(ExtCommListDedupTable const* table) {
-   detail::ExtCommVectorSort(comms_);
+   commVectorSort();
    commVectorSortedIs(true);
-   Zup::DedupHashTable& target = classification_ == extCommClassificationRouteTarget
+   Zup::DedupHashTable& target = classification() == extCommClassificationRouteTarget
                                     ? *table->rtExtCommClassificationListDedupTable()
                                     : *table->extCommClassificationListDedupTable();
    return target.dedupAs<ExtCommClassificationList>(PtrConst(this));
@@ -59,17 +40,12 @@ void ExtCommClassificationList::checkPrunable(ExtComm::PtrConst const& comm) {
 
 ExtCommVector ExtCommClassificationList::prune() const {
    ExtCommVector kept;
-   for (ExtComm::PtrConst const& comm : comms_) {
+   for (ExtComm::PtrConst const& comm : commVector()) {
       if (comm->isValid()) {
          kept.push_back(comm);
       }
    }
    return kept;
-}
-
-Kiv::Ptr<ExtCommClassificationListSnapshot> ExtCommClassificationList::commSnapshot() const {
-   return detail::classificationListSnapshot<ExtCommClassificationListSnapshot>(classification_,
-                                                                               comms_);
 }
 
 RtExtCommClassificationList::RtExtCommClassificationList(ExtCommClassification classification)

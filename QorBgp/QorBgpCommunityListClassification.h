@@ -17,6 +17,7 @@
 #pragma once
 
 #include "QorBgp/QorBgpCommunity.h"
+#include "QorBgp/ExtCommListCore.h"
 #include "QorBgp/ExtCommSnapshotBase.h"
 #include "platform/BitSetValue.h"
 #include "platform/NotifyingCollections.h"
@@ -37,7 +38,10 @@ struct ExtCommClassificationListAttrsLayout {
    static constexpr Kiv::FlagField fields[] = {{"sorted", 1}, {"hasPrunableValues", 2}};
 };
 
-class QORBGP_EXPORT ExtCommClassificationList : public Zup::DedupHandle {
+// The shared members (classification, lookup, identity hash and compare,
+// snapshot) are ExtCommClassificationListCore's (ExtCommListCore.h).
+class QORBGP_EXPORT ExtCommClassificationList
+    : public ExtCommClassificationListCore<ExtCommClassificationList, ExtCommFamily> {
  public:
    KIV_POINTER_TYPES(ExtCommClassificationList);
 
@@ -55,27 +59,14 @@ class QORBGP_EXPORT ExtCommClassificationList : public Zup::DedupHandle {
    ~ExtCommClassificationList() override;
    virtual std::string_view fwkType() const noexcept;
 
-   ExtCommClassification classification() const noexcept { return classification_; }
-
    // Appends an interned value (fatal "__null != comm" or the interned check
    // otherwise), then checkPrunable(comm).
    void commIs(ExtComm::PtrConst const& comm);
-   // The value with that content word, or null. Requires a sorted list.
-   ExtComm::PtrConst comm(U64 const& community) const;
-   U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
-   ExtCommVector const* commVectorRawPtr() const noexcept { return &comms_; }
 
    CommVectorAttrs commVectorAttrs() const noexcept { return attrs_; }
    bool commVectorSorted() const noexcept { return attrs_.sorted(); }
    void commVectorSortedIs(bool sorted) noexcept { attrs_.bitIs(CommVectorAttrs::sortedBit, sorted); }
    bool hasPrunableValues() const noexcept { return attrs_.hasPrunableValues(); }
-
-   // Jenkins one-at-a-time over the addresses of the (interned) values.
-   U32 hash() const noexcept override;
-   // The very same values in the same order. Both must be sorted.
-   bool compare(Zup::DedupHandle const* other) const noexcept override;
-   // Lists are interned by identity of their values, never looked up by content.
-   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
    // Sorts and interns this list in `table` (route targets in its route-target
    // table) and returns the resident equal list or this one.
@@ -85,18 +76,13 @@ class QORBGP_EXPORT ExtCommClassificationList : public Zup::DedupHandle {
    virtual ExtCommVector prune() const;
    // "<classification> : <value> <value>".
    std::string toStrep() const;
-   // A new snapshot holding every value, notification on.
-   Kiv::Ptr<ExtCommClassificationListSnapshot> commSnapshot() const;
 
  protected:
    // Marks the list prunable when `comm` (just appended) calls for it.
    virtual void checkPrunable(ExtComm::PtrConst const& comm);
    void hasPrunableValuesIs() noexcept { attrs_.bitIs(CommVectorAttrs::hasPrunableValuesBit, true); }
-   ExtCommVector const& commVector() const noexcept { return comms_; }
 
  private:
-   ExtCommClassification const classification_;
-   ExtCommVector comms_;
    CommVectorAttrs attrs_;
 };
 

@@ -15,6 +15,16 @@ void CommListDedupTableBase::dumpState(Kiv::DumpContext& context, unsigned inden
    context.child(dedupTable(), indent + 2);
 }
 
+void CommListDedupTableBase::dumpTables(Kiv::DumpContext& context, unsigned indent,
+                                        char const* title,
+                                        std::initializer_list<LabelledTable> tables) {
+   context.printf(indent, "%s\n", title);
+   for (LabelledTable const& labelled : tables) {
+      context.printf(indent + 2, "%s\n", labelled.label);
+      context.child(labelled.table, indent + 4);
+   }
+}
+
 std::string_view CommListDedupTable::fwkType() const noexcept {
    return "Routing::Bgp::CommListDedupTable";
 }

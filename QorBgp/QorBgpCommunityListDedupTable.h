@@ -12,6 +12,7 @@
 
 #include "platform/QorBgpGlobals.h"
 
+#include <initializer_list>
 #include <string_view>
 
 namespace Kiv {
@@ -40,6 +41,16 @@ class QORBGP_EXPORT CommListDedupTableBase : public BasicDedupTable_ {
 
  protected:
    CommListDedupTableBase() noexcept = default;
+
+   // One labelled hash table of a table set, for dumpState.
+   struct LabelledTable {
+      char const* label;
+      Zup::DedupHashTable::Ptr const& table;
+   };
+   // "<title>", then at indent + 2 each label, each followed by its table as
+   // a child at indent + 4.
+   static void dumpTables(Kiv::DumpContext& context, unsigned indent, char const* title,
+                          std::initializer_list<LabelledTable> tables);
 };
 
 class QORBGP_EXPORT CommListDedupTable final : public CommListDedupTableBase {

@@ -1,6 +1,7 @@
 #include "QorBgp/QorBgpCommunityListExt.h"
 
 #include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgp/detail/DehoardList.h"
 #include "QorBgp/detail/ExtCommListFamily.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpSerialize.h"
@@ -42,12 +43,12 @@ std::string_view ExtCommList::fwkType() const noexcept { return "Routing::Bgp::E
 
 void ExtCommList::append(PtrConst const& otherExtCommList) {
    if (otherExtCommList) {
-      appendVector(otherExtCommList->comms_);
+      appendVector(*otherExtCommList->commVectorRawPtr());
    }
 }
 
 void ExtCommList::appendVector(ExtCommVector const& comms) {
-   comms_.reserve(comms_.size() + comms.size());
+   expectedCommunityCountIs(static_cast<U32>(commVector().size() + comms.size()));
    for (ExtComm::PtrConst const& comm : comms) {
       commIs(comm);
    }
@@ -61,7 +62,7 @@ void ExtCommList::appendClassificationList(
 }
 
 void ExtCommList::sortComms() {
-   detail::ExtCommVectorSort(comms_);
+   commVectorSort();
    commVectorSortedIs(true);
 }
 
@@ -78,7 +79,7 @@ void ExtCommList::createClassificationListVector(bool dedupMode) {
    attrs_.bitIs(CommVectorAttrs::hasPolicyMatchStrepUICommunitiesBit, false);
 
    detail::splitByClassification(
-      comms_, classificationLists_,
+      commVector(), classificationLists_,
       [dedupMode](ExtCommClassification classification) {
          ExtCommClassificationList::Ptr created = newClassificationList(classification);
          if (!dedupMode) {
@@ -91,7 +92,7 @@ void ExtCommList::createClassificationListVector(bool dedupMode) {
                          "__null == ( _classificationList ) || ( _classificationList )->dedupState() "
                          "== Zup::dedupHandleStateNeverDeduped()");
       });
-   for (ExtComm::PtrConst const& comm : comms_) {
+   for (ExtComm::PtrConst const& comm : commVector()) {
       if (dedupMode) {
          totalTransitiveCommunities_ += isTransitive(*comm) ? 1 : 0;
          if (comm->policyMatchStrepUI()) {
@@ -105,9 +106,7 @@ void ExtCommList::createClassificationListVector(bool dedupMode) {
 }
 
 ExtCommList::PtrConst ExtCommList::dedup(ExtCommListDedupTable const* table) {
-   QOR_ASSERT_TEXT(dedupState() == Zup::dedupHandleStateNeverDeduped(),
-                   "__null == ( this ) || ( this )->dedupState() == "
-                   "Zup::dedupHandleStateNeverDeduped()");
+   assertNeverDeduped();
    createClassificationListVector(true);
    for (ExtCommClassificationList::PtrConst const& list : classificationLists_) {
       if (!list) {
@@ -122,34 +121,11 @@ ExtCommList::PtrConst ExtCommList::dedup(ExtCommListDedupTable const* table) {
          attrs_.bitIs(CommVectorAttrs::hasOriginValidationStateBit, true);
       }
    }
-   detail::publishClassificationLists(classificationLists_, table);
+   detail::publishClassificationLists(classificationLists_, table, qorAssertUnit);
    return table->dedupAs<ExtCommList>(PtrConst(this));
 }
 
-void ExtCommList::commIs(ExtComm::PtrConst const& comm) { detail::ExtCommVectorAdd(comm, comms_); }
-
-ExtComm::PtrConst ExtCommList::comm(U64 const& community) const {
-   return detail::ExtCommVectorLookup(commVectorSorted(), comms_, community);
-}
-
-U32 ExtCommList::totalCommunities() const noexcept {
-   QOR_ASSERT(commVectorSorted());
-   return comms();
-}
-
-ExtCommClassificationList::PtrConst
-ExtCommList::classificationList(ExtCommClassification classification) const {
-   return detail::classificationListAt(*this, classificationLists_, classification);
-}
-
-U32 ExtCommList::hash() const noexcept { return detail::ExtCommIdentityHash(classificationLists_); }
-
-bool ExtCommList::compare(Zup::DedupHandle const* otherExtCommList) const noexcept {
-   return classificationLists_ ==
-          static_cast<ExtCommList const*>(otherExtCommList)->classificationLists_;
-}
-
-bool ExtCommList::compareByContent(Zup::DedupContentHandle const&) const noexcept { return false; }
+void ExtCommList::commIs(ExtComm::PtrConst const& comm) { commAppend(comm); }
 
 ExtCommList::Serialization ExtCommList::serialization(bool includeNonTransitive,
                                                       bool includeLinkBandwidth,
@@ -182,7 +158,7 @@ std::string ExtCommList::serialize(Serialization s) const {
    // NOTE: an unpruned list with several link bandwidths (or validation
    // states) writes them all under a header that announces one.
    return detail::serializeSelected(
-      extCommunity, sizeof(U64), serializableCommunities(s), comms_,
+      extCommunity, sizeof(U64), serializableCommunities(s), commVector(),
       [s](ExtComm::PtrConst const& comm) { return serializable(comm, s); },
       [](SerializePathAttribute& out, ExtComm::PtrConst const& comm) {
          out.addU64hton(comm->community());
@@ -204,10 +180,6 @@ ExtCommList::PtrConst ExtCommList::prune(ExtCommListDedupTable const* table) con
    return pruned->empty() ? nullptr : pruned->dedup(table);
 }
 
-Kiv::Ptr<ExtCommListSnapshot> ExtCommList::commSnapshot() const {
-   return detail::listSnapshot<ExtCommListSnapshot>(classificationLists_, comms_);
-}
-
 std::string ExtCommList::getStringValue(Acl::CommunityValue const& value) {
    return std::to_string(value.localData1) + ":" + std::to_string(value.localData2);
 }
@@ -226,8 +198,8 @@ void ExtCommListSnapshot::commIs(ExtComm::PtrConst const& comm) {
 
 hoard::Location ExtCommList::hoard(hoard::StoreWriter& writer) const {
    std::vector<hoard::Location> values;
-   values.reserve(comms_.size());
-   for (ExtComm::PtrConst const& comm : comms_) {
+   values.reserve(comms());
+   for (ExtComm::PtrConst const& comm : commVector()) {
       values.push_back(writer.publish(
          hoard::ExtCommRecord{comm->classification(), 0, comm->getContent().word()}));
    }
@@ -235,32 +207,25 @@ hoard::Location ExtCommList::hoard(hoard::StoreWriter& writer) const {
 }
 
 ExtCommList::PtrConst ExtCommList::dehoard(void const* data, hoard::StoreManager* store) {
-   QOR_TRACE(qorBgpTrace(), 8, "Dehoarding Routing::Bgp::ExtCommList");
-   hoard::ReaderPtr<hoard::ListRecord> stored(*store, hoard::Location::loadFrom(data));
-   U32 const flags = stored->flags;
-   U32 const count = stored->count;
-   if (!stored.validateVersionAnchor()) {
-      return nullptr;
-   }
-   ExtCommList::Ptr list = ExtCommListIs();
-   hoard::Location const* elements =
-      count ? stored.template trailing<hoard::Location>(count) : nullptr;
-   list->expectedCommunityCountIs(count);
-   for (U32 i = 0; i < count; ++i) {
-      ExtComm::PtrConst comm = ExtComm::dehoard(&elements[i], store);
-      if (!comm) {
-         return nullptr;
-      }
-      list->commIs(comm);
-   }
-   list->commVectorSortedIs((flags & 1) != 0);
-   list->createClassificationListVector(false);
-   if (!stored.validateVersionAnchor()) {
-      return nullptr;
-   }
-   list->dedupStateIs(Zup::DedupState::local);
-   QOR_TRACE(qorBgpTrace(), 8, "  dehoarded: " << list->toStrep());
-   return list;
+   return detail::dehoardList(
+      extCommListFactory(), data, store,
+      [store](ExtCommList& list, hoard::ReaderPtr<hoard::ListRecord>& stored, U32 flags,
+              U32 count) {
+         hoard::Location const* elements =
+            count ? stored.template trailing<hoard::Location>(count) : nullptr;
+         list.expectedCommunityCountIs(count);
+         for (U32 i = 0; i < count; ++i) {
+            ExtComm::PtrConst comm = ExtComm::dehoard(&elements[i], store);
+            if (!comm) {
+               return false;
+            }
+            list.commIs(comm);
+         }
+         list.commVectorSortedIs((flags & 1) != 0);
+         list.createClassificationListVector(false);
+         list.dedupStateIs(Zup::DedupState::local);
+         return true;
+      });
 }
 
 bool ExtCommList::matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const {

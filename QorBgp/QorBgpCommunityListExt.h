@@ -47,7 +47,9 @@ struct ExtCommListSerializationLayout {
       {"all", 1}, {"transitive", 2}, {"linkBandwidth", 4}, {"originAsValidity", 8}};
 };
 
-class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
+// The shared members (lookup, classification lists, identity hash and
+// compare, snapshot) are ExtCommListCore's (ExtCommListCore.h).
+class QORBGP_EXPORT ExtCommList : public ExtCommListCore<ExtCommList, ExtCommFamily> {
  public:
    KIV_POINTER_TYPES(ExtCommList);
 
@@ -78,14 +80,11 @@ class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
       bool originAsValidity() const noexcept { return has(originAsValidityBit); }
    };
 
-   using ClassificationListVector = std::vector<ExtCommClassificationList::PtrConst>;
-
    ExtCommList();
    ~ExtCommList() override;
    virtual std::string_view fwkType() const noexcept;
 
    // Building (before dedup).
-   void expectedCommunityCountIs(U32 communityCount) { comms_.reserve(communityCount); }
    // Appends an interned value; fatal "__null != comm" for null and the
    // interned-state condition for a value never interned. No ordering.
    void commIs(ExtComm::PtrConst const& comm);
@@ -103,18 +102,8 @@ class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
    PtrConst dedup(ExtCommListDedupTable const* table);
 
    // Reading.
-   ExtComm::PtrConst comm(U64 const& community) const;
-   ExtComm::PtrConst lookupExtComm(U64 const& community) const { return comm(community); }
-   U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
-   bool empty() const noexcept { return comms_.empty(); }
-   // The same count, for a sorted list only.
-   U32 totalCommunities() const noexcept;
    U32 totalTransitiveCommunities() const noexcept { return totalTransitiveCommunities_; }
-   ExtCommVector const* commVectorRawPtr() const noexcept { return &comms_; }
    ClassificationListVector const& classificationLists() const noexcept { return classificationLists_; }
-   // The classification list of `classification`, or null. The list must be
-   // interned.
-   ExtCommClassificationList::PtrConst classificationList(ExtCommClassification classification) const;
 
    CommVectorAttrs commVectorAttrs() const noexcept { return attrs_; }
    bool commVectorSorted() const noexcept { return attrs_.has(CommVectorAttrs::sortedBit); }
@@ -130,12 +119,6 @@ class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
       return attrs_.has(CommVectorAttrs::hasPolicyMatchStrepUICommunitiesBit);
    }
    bool hasPrunableValues() const noexcept { return attrs_.has(CommVectorAttrs::hasPrunableValuesBit); }
-
-   // Jenkins one-at-a-time over the addresses of the interned classification lists.
-   U32 hash() const noexcept override;
-   // The very same classification lists at every index.
-   bool compare(Zup::DedupHandle const* otherExtCommList) const noexcept override;
-   bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
    // Wire output.
    static Serialization serialization(bool includeNonTransitive, bool includeLinkBandwidth,
@@ -172,12 +155,9 @@ class QORBGP_EXPORT ExtCommList : public KivHoard::DedupHandle {
    // (only for lists with such values) the UI texts; the first match wins.
    bool matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const;
 
-   // A new snapshot: every classification list, then every value.
-   Kiv::Ptr<ExtCommListSnapshot> commSnapshot() const;
    Kiv::Ptr<ExtCommListSnapshot> snapshot() const { return commSnapshot(); }
 
  private:
-   ExtCommVector comms_;
    ClassificationListVector classificationLists_;
    CommVectorAttrs attrs_;
    U32 totalTransitiveCommunities_ = 0;

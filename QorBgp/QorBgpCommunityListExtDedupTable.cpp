@@ -126,13 +126,10 @@ void ExtCommListDedupTable::rtExtCommListLifeTimeNotifieeIs(
 }
 
 void ExtCommListDedupTable::dumpState(Kiv::DumpContext& context, unsigned indent) const {
-   context.printf(indent, "ExtCommListDedupTable\n");
-   context.printf(indent + 2, "extComm\n");
-   context.child(dedupTable(), indent + 4);
-   context.printf(indent + 2, "extCommClassification\n");
-   context.child(extCommClassificationListDedupTable_, indent + 4);
-   context.printf(indent + 2, "rtExtCommClassification\n");
-   context.child(rtExtCommClassificationListDedupTable_, indent + 4);
+   dumpTables(context, indent, "ExtCommListDedupTable",
+              {{"extComm", dedupTable()},
+               {"extCommClassification", extCommClassificationListDedupTable_},
+               {"rtExtCommClassification", rtExtCommClassificationListDedupTable_}});
 }
 
 ExtCommListDedupTable::Ptr extCommListDedupTableFactory() {

@@ -1,6 +1,6 @@
 #include "QorBgp/QorBgpCommunityListHoard.h"
 
-#include "QorBgp/QorBgpTrace.h"
+#include "QorBgp/detail/DehoardList.h"
 
 #include <cstring>
 
@@ -23,27 +23,19 @@ LargeCommList::Ptr newList<LargeCommList>() {
 
 template <class List, class Element>
 typename List::PtrConst dehoardCommList(void const* data, hoard::StoreManager* store) {
-   typename List::Ptr list = newList<List>();
-   QOR_TRACE(qorBgpTrace(), 8, "Dehoarding " << list->fwkType());
-   hoard::ReaderPtr<hoard::ListRecord> stored(*store, hoard::Location::loadFrom(data));
-   U32 const flags = stored->flags;
-   U32 const count = stored->count;
-   if (!stored.validateVersionAnchor()) {
-      return nullptr;
-   }
-   if (count != 0) {
-      // Translated (and so bounds-checked) before anything is sized by the count.
-      Element const* elements = stored.template trailing<Element>(count);
-      auto& vector = *list->commVectorRawPtrNonConst();
-      vector.resize(count);
-      std::memcpy(vector.data(), elements, count * sizeof(Element));
-      if (!stored.validateVersionAnchor()) {
-         return nullptr;
-      }
-   }
-   list->storedFlagsIs(flags);
-   QOR_TRACE(qorBgpTrace(), 8, "  dehoarded: " << list->toStrep());
-   return list;
+   return detail::dehoardList(
+      newList<List>(), data, store,
+      [](List& list, hoard::ReaderPtr<hoard::ListRecord>& stored, U32 flags, U32 count) {
+         if (count != 0) {
+            // Translated (and so bounds-checked) before anything is sized by the count.
+            Element const* elements = stored.template trailing<Element>(count);
+            auto& vector = *list.commVectorRawPtrNonConst();
+            vector.resize(count);
+            std::memcpy(vector.data(), elements, count * sizeof(Element));
+         }
+         list.storedFlagsIs(flags);
+         return true;
+      });
 }
 
 template QORBGP_EXPORT CommList::PtrConst dehoardCommList<CommList, U32>(void const*,

@@ -1,10 +1,8 @@
-// The core that the two extended community list families share: ExtCommList
-// with its classification lists (8-octet values) and ExtCommIp6List with
-// ExtCommIp6ClassificationList (IPv6-address-specific values). Each list class
-// keeps its own named members and forwards to these templates, so the value
-// vectors, the split into classification lists and their publication, the
-// lookups, the identity hash and compare, the selection of values for the
-// wire and the snapshots are written once. Private to the library.
+// The algorithms that the two extended community list families share, for
+// ExtCommListCore (ExtCommListCore.h) and the list classes built on it: the
+// value vectors (append, sort and de-duplicate, lookup, identity hash), the
+// split of a list into classification lists and their publication, and the
+// selection of values for the wire. Private to the library.
 //
 // An element of a value vector is a counted pointer to an interned value with
 // a `community()` sort key and a `classification()`; vectors are ascending in
@@ -16,7 +14,6 @@
 #include "platform/Assert.h"
 #include "platform/Dedup.h"
 #include "platform/Hash.h"
-#include "platform/Notifier.h"
 
 #include <algorithm>
 #include <bit>
@@ -134,18 +131,6 @@ inline bool isTransitiveType(U8 typeOctet) noexcept {
    return (typeOctet & nonTransitiveTypeBit) == 0;
 }
 
-// The classification list of `classification` in `lists` (indexed by
-// classification), or null, including classifications beyond the vector.
-// `owner` must have been interned.
-template <class Owner, class ListVector>
-typename ListVector::value_type classificationListAt(Owner const& owner, ListVector const& lists,
-                                                     ExtCommClassification classification) {
-   QOR_ASSERT_TEXT(owner.dedupState() != Zup::dedupHandleStateNeverDeduped(),
-                   "__null == ( this ) || ( this )->dedupState() != "
-                   "Zup::dedupHandleStateNeverDeduped()");
-   return classification < lists.size() ? lists[classification] : nullptr;
-}
-
 // Appends every value of the sorted `comms` to the list of its
 // classification in `lists` (indexed by classification, grown with nulls).
 // A missing list is made by `create(classification)`; a list already there
@@ -170,9 +155,9 @@ void splitByClassification(Comms const& comms, ListVector& lists, Create create,
 
 // Interns every classification list in `lists` that is not interned yet
 // (its dedup sorts it) and puts the resident list in its place; a list
-// interned already must be sorted.
+// interned already must be sorted. Its assertions print `qorAssertUnit`.
 template <class ListVector, class Table>
-void publishClassificationLists(ListVector& lists, Table const* table) {
+void publishClassificationLists(ListVector& lists, Table const* table, char const* qorAssertUnit) {
    using List = std::remove_cvref_t<decltype(*std::declval<typename ListVector::value_type>())>;
    for (auto& list : lists) {
       if (!list) {
@@ -204,33 +189,6 @@ std::string serializeSelected(BgpPathAttrType type, U32 valueSize, U32 count, Co
       }
    }
    return out.Serialize::serializedString(0);
-}
-
-// A new snapshot of a list, notification on: first every classification
-// list in classification order, then every value in order.
-template <class Snapshot, class ListVector, class Comms>
-Kiv::Ptr<Snapshot> listSnapshot(ListVector const& lists, Comms const& comms) {
-   auto snapshot = Kiv::newNotifying<Snapshot>();
-   for (auto const& list : lists) {
-      if (list) {
-         snapshot->classificationListIs(list);
-      }
-   }
-   for (auto const& comm : comms) {
-      snapshot->commIs(comm);
-   }
-   return snapshot;
-}
-
-// A new snapshot of a classification list, notification on, holding every value.
-template <class Snapshot, class Comms>
-Kiv::Ptr<Snapshot> classificationListSnapshot(ExtCommClassification classification,
-                                              Comms const& comms) {
-   auto snapshot = Kiv::newNotifying<Snapshot>(classification);
-   for (auto const& comm : comms) {
-      snapshot->commIs(comm);
-   }
-   return snapshot;
 }
 
 } // namespace Routing::Bgp::detail

@@ -1,0 +1,132 @@
+// The members of the list cores, once for both extended community families.
+#include "QorBgp/ExtCommListCore.h"
+
+#include "QorBgp/ExtCommIp6List.h"
+#include "QorBgp/QorBgpCommunityListExt.h"
+#include "QorBgp/detail/ExtCommListFamily.h"
+
+namespace Routing::Bgp {
+
+template <class Derived, class Family>
+auto ExtCommClassificationListCore<Derived, Family>::comm(Key const& community) const
+   -> Kiv::Ptr<Comm const> {
+   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community);
+}
+
+template <class Derived, class Family>
+U32 ExtCommClassificationListCore<Derived, Family>::hash() const noexcept {
+   QOR_ASSERT_TEXT(derived().commVectorSorted(), "commVectorSorted()");
+   return detail::ExtCommIdentityHash(comms_);
+}
+
+template <class Derived, class Family>
+bool ExtCommClassificationListCore<Derived, Family>::compare(
+   Zup::DedupHandle const* other) const noexcept {
+   QOR_ASSERT_TEXT(derived().commVectorSorted(), "commVectorSorted()");
+   return comms_ == static_cast<ExtCommClassificationListCore const*>(other)->comms_;
+}
+
+template <class Derived, class Family>
+bool ExtCommClassificationListCore<Derived, Family>::compareByContent(
+   Zup::DedupContentHandle const&) const noexcept {
+   return false;
+}
+
+template <class Derived, class Family>
+auto ExtCommClassificationListCore<Derived, Family>::commSnapshot() const
+   -> Kiv::Ptr<typename Family::ClassificationListSnapshot> {
+   auto snapshot = Kiv::newNotifying<typename Family::ClassificationListSnapshot>(classification_);
+   for (auto const& comm : comms_) {
+      snapshot->commIs(comm);
+   }
+   return snapshot;
+}
+
+template <class Derived, class Family>
+void ExtCommClassificationListCore<Derived, Family>::commAppend(Kiv::Ptr<Comm const> const& comm) {
+   detail::ExtCommVectorAdd(comm, comms_);
+}
+
+template <class Derived, class Family>
+void ExtCommClassificationListCore<Derived, Family>::commVectorSort() {
+   detail::ExtCommVectorSort(comms_);
+}
+
+template <class Derived, class Family>
+auto ExtCommListCore<Derived, Family>::comm(Key const& community) const -> Kiv::Ptr<Comm const> {
+   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community);
+}
+
+template <class Derived, class Family>
+U32 ExtCommListCore<Derived, Family>::totalCommunities() const noexcept {
+   QOR_ASSERT_TEXT(derived().commVectorSorted(), "commVectorSorted()");
+   return comms();
+}
+
+template <class Derived, class Family>
+auto ExtCommListCore<Derived, Family>::classificationList(
+   ExtCommClassification classification) const
+   -> Kiv::Ptr<typename Family::ClassificationList const> {
+   QOR_ASSERT_TEXT(dedupState() != Zup::dedupHandleStateNeverDeduped(),
+                   "__null == ( this ) || ( this )->dedupState() != "
+                   "Zup::dedupHandleStateNeverDeduped()");
+   ClassificationListVector const& lists = derived().classificationLists();
+   return classification < lists.size() ? lists[classification] : nullptr;
+}
+
+template <class Derived, class Family>
+U32 ExtCommListCore<Derived, Family>::hash() const noexcept {
+   return detail::ExtCommIdentityHash(derived().classificationLists());
+}
+
+template <class Derived, class Family>
+bool ExtCommListCore<Derived, Family>::compare(Zup::DedupHandle const* other) const noexcept {
+   return derived().classificationLists() ==
+          static_cast<Derived const*>(other)->classificationLists();
+}
+
+template <class Derived, class Family>
+bool ExtCommListCore<Derived, Family>::compareByContent(
+   Zup::DedupContentHandle const&) const noexcept {
+   return false;
+}
+
+template <class Derived, class Family>
+auto ExtCommListCore<Derived, Family>::commSnapshot() const
+   -> Kiv::Ptr<typename Family::ListSnapshot> {
+   auto snapshot = Kiv::newNotifying<typename Family::ListSnapshot>();
+   for (auto const& list : derived().classificationLists()) {
+      if (list) {
+         snapshot->classificationListIs(list);
+      }
+   }
+   for (auto const& comm : comms_) {
+      snapshot->commIs(comm);
+   }
+   return snapshot;
+}
+
+template <class Derived, class Family>
+void ExtCommListCore<Derived, Family>::commAppend(Kiv::Ptr<Comm const> const& comm) {
+   detail::ExtCommVectorAdd(comm, comms_);
+}
+
+template <class Derived, class Family>
+void ExtCommListCore<Derived, Family>::commVectorSort() {
+   detail::ExtCommVectorSort(comms_);
+}
+
+template <class Derived, class Family>
+void ExtCommListCore<Derived, Family>::assertNeverDeduped() const noexcept {
+   QOR_ASSERT_TEXT(dedupState() == Zup::dedupHandleStateNeverDeduped(),
+                   "__null == ( this ) || ( this )->dedupState() == "
+                   "Zup::dedupHandleStateNeverDeduped()");
+}
+
+template class ExtCommClassificationListCore<ExtCommClassificationList, ExtCommFamily>;
+template class
+   ExtCommClassificationListCore<ExtCommIp6ClassificationList, ExtCommIp6Family>;
+template class ExtCommListCore<ExtCommList, ExtCommFamily>;
+template class ExtCommListCore<ExtCommIp6List, ExtCommIp6Family>;
+
+} // namespace Routing::Bgp
