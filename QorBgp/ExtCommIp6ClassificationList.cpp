@@ -50,10 +50,6 @@ std::ostream& operator<<(std::ostream& os, ExtCommIp6ClassificationList const* l
    return os;
 }
 
-void ExtCommIp6ClassificationListSnapshot::commIs(ExtCommIp6::PtrConst const& comm) {
-   commSet(comm, "ExtCommIp6ClassificationListSnapshot::commIs: null comm");
-}
-
 ExtCommIp6ClassificationListSnapshot::Ptr
 extCommIp6ClassificationListSnapshotFactory(ExtCommClassification classification) {
    return Kiv::newNotifying<ExtCommIp6ClassificationListSnapshot>(classification);

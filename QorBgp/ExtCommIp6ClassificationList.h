@@ -75,14 +75,10 @@ QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommIp6Classificatio
 // A notifying copy of an IPv6 classification list, keyed by content. Owned
 // by one consumer; notifications run on the thread that changes it.
 class QORBGP_EXPORT ExtCommIp6ClassificationListSnapshot
-    : public ExtCommClassificationListSnapshotBase<ExtCommIp6, ExtCommIp6Content> {
+    : public ExtCommClassificationListSnapshotBase<ExtCommIp6Family> {
  public:
    KIV_POINTER_TYPES(ExtCommIp6ClassificationListSnapshot);
    using ExtCommClassificationListSnapshotBase::ExtCommClassificationListSnapshotBase;
-
-   // Inserts or replaces the entry of the value's content.
-   // Kiv::NullArgumentError for a null value.
-   void commIs(ExtCommIp6::PtrConst const& comm);
 };
 
 // A new, empty snapshot with notification on.

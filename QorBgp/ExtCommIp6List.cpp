@@ -94,15 +94,6 @@ std::ostream& operator<<(std::ostream& os, ExtCommIp6List const* list) {
    return os;
 }
 
-void ExtCommIp6ListSnapshot::classificationListIs(
-   ExtCommIp6ClassificationList::PtrConst const& list) {
-   classificationListSet(list, "ExtCommIp6ListSnapshot::classificationListIs: null list");
-}
-
-void ExtCommIp6ListSnapshot::commIs(ExtCommIp6::PtrConst const& comm) {
-   commSet(comm, "ExtCommIp6ListSnapshot::commIs: null comm");
-}
-
 hoard::Location ExtCommIp6List::hoard(hoard::StoreWriter& writer) const {
    std::vector<hoard::ExtCommIp6Record> records;
    records.reserve(comms());

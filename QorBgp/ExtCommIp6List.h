@@ -100,15 +100,9 @@ QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommIp6List const* l
 // A notifying copy of an IPv6 list: its classification lists by
 // classification and its members by content. Owned by one consumer;
 // notifications run on the thread that changes it.
-class QORBGP_EXPORT ExtCommIp6ListSnapshot
-    : public ExtCommListSnapshotBase<ExtCommIp6ClassificationList, ExtCommIp6, ExtCommIp6Content> {
+class QORBGP_EXPORT ExtCommIp6ListSnapshot : public ExtCommListSnapshotBase<ExtCommIp6Family> {
  public:
    KIV_POINTER_TYPES(ExtCommIp6ListSnapshot);
-
-   // Insert or replace the entry of the list's classification (the value's
-   // content). Kiv::NullArgumentError for a null argument.
-   void classificationListIs(ExtCommIp6ClassificationList::PtrConst const& list);
-   void commIs(ExtCommIp6::PtrConst const& comm);
 };
 
 } // namespace Routing::Bgp

@@ -45,6 +45,9 @@ struct QORBGP_EXPORT ExtCommFamily {
    using ListSnapshot = ExtCommListSnapshot;
    // The unit that the family's fatal assertions print.
    static constexpr char const* listUnit = "QorBgpCommunityList";
+   // The snapshot classes' names, as their error messages give them.
+   static constexpr char const* listSnapshotName = "ExtCommListSnapshot";
+   static constexpr char const* classificationListSnapshotName = "ExtCommClassificationListSnapshot";
    static constexpr char const* classificationListUnit = "QorBgpCommunityList";
 };
 
@@ -57,6 +60,9 @@ struct QORBGP_EXPORT ExtCommIp6Family {
    using ListSnapshot = ExtCommIp6ListSnapshot;
    static constexpr char const* listUnit = "ExtCommIp6List";
    static constexpr char const* classificationListUnit = "ExtCommIp6ClassificationList";
+   static constexpr char const* listSnapshotName = "ExtCommIp6ListSnapshot";
+   static constexpr char const* classificationListSnapshotName =
+      "ExtCommIp6ClassificationListSnapshot";
 };
 
 // The values of one classification taken out of a list. `Derived` provides

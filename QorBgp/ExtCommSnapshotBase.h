@@ -1,9 +1,9 @@
-// The snapshot shapes that both extended community families share: a
-// notifying copy of a classification list (its values by content) and of a
-// whole list (its classification lists by classification, then its values by
-// content). ExtCommListSnapshot and ExtCommClassificationListSnapshot (8-octet
-// values) and their ExtCommIp6 counterparts are these templates with their
-// own value types, pointer types and null-argument messages.
+// The snapshots of both extended community families: a notifying copy of a
+// classification list (its values by content) and of a whole list (its
+// classification lists by classification, then its values by content).
+// ExtCommListSnapshot and ExtCommClassificationListSnapshot (8-octet values)
+// and their ExtCommIp6 counterparts are these templates for their family
+// (ExtCommListCore.h).
 //
 // A snapshot is owned by one consumer: it is mutable, keyed, and tells its
 // notifiees about every entry inserted, replaced or removed, on the thread
@@ -16,19 +16,43 @@
 //   ExtCommListSnapshot::Ptr snapshot = list->commSnapshot();
 #pragma once
 
-#include "QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgp/ExtCommListCore.h"
 #include "platform/Errors.h"
 #include "platform/Notifier.h"
 #include "platform/NotifyingCollections.h"
 #include "platform/Ptr.h"
 
+#include <string>
+
 namespace Routing::Bgp {
 
-// `Comm` is the interned value type, `Key` its content (what community()
-// returns); `nullCommMessage` the NullArgumentError text of commIs.
-template <class Comm, class Key>
+namespace detail {
+
+// Inserts or replaces the entry of `value` under `keyOf(*value)`;
+// Kiv::NullArgumentError "<owner><mutator>" for a null value.
+template <class Map, class Value, class KeyOf>
+void snapshotEntryIs(Map& map, Value const& value, KeyOf keyOf, char const* owner,
+                     char const* mutator) {
+   if (!value) {
+      throw Kiv::NullArgumentError(std::string(owner) + mutator);
+   }
+   map.set(keyOf(*value), value);
+}
+
+// The key of a value in a snapshot: its content.
+template <class Comm>
+auto communityOf(Comm const& comm) {
+   return comm.community();
+}
+
+} // namespace detail
+
+template <class Family>
 class ExtCommClassificationListSnapshotBase : public Kiv::Notifier {
  public:
+   using Comm = typename Family::Comm;
+   using Key = typename Family::Key;
+
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onComm(Key const&) {}
@@ -39,30 +63,29 @@ class ExtCommClassificationListSnapshotBase : public Kiv::Notifier {
        : classification_(classification) {}
    ExtCommClassification classification() const noexcept { return classification_; }
 
+   // Inserts or replaces the entry of the value's content. Kiv::NullArgumentError
+   // for a null value.
+   void commIs(Kiv::Ptr<Comm const> const& comm) {
+      detail::snapshotEntryIs(comm_, comm, detail::communityOf<Comm>, Family::classificationListSnapshotName,
+                              "::commIs: null comm");
+   }
    void commDel(Key const& community) { comm_.erase(community); }
    void commDel(typename CommMap::const_iterator it) { comm_.erase(it->first); }
    void commDelAll() { comm_.clear(); }
    CommMap const& comm() const noexcept { return comm_; }
-
- protected:
-   // Inserts or replaces the entry of the value's content; NullArgumentError
-   // carrying `nullMessage` for a null value.
-   void commSet(Kiv::Ptr<Comm const> const& comm, char const* nullMessage) {
-      if (!comm) {
-         throw Kiv::NullArgumentError(nullMessage);
-      }
-      comm_.set(comm->community(), comm);
-   }
 
  private:
    ExtCommClassification const classification_;
    CommMap comm_{*this};
 };
 
-// `ClassificationList` is the family's classification list type.
-template <class ClassificationList, class Comm, class Key>
+template <class Family>
 class ExtCommListSnapshotBase : public Kiv::Notifier {
  public:
+   using ClassificationList = typename Family::ClassificationList;
+   using Comm = typename Family::Comm;
+   using Key = typename Family::Key;
+
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onClassificationList(ExtCommClassification const&) {}
@@ -73,6 +96,17 @@ class ExtCommListSnapshotBase : public Kiv::Notifier {
                                &Notifiee::onClassificationList>;
    using CommMap = Kiv::NotifyingOrderedMap<Key, Kiv::Ptr<Comm const>, Notifiee, &Notifiee::onComm>;
 
+   // Insert or replace the entry of the list's classification (the value's
+   // content). Kiv::NullArgumentError for a null argument.
+   void classificationListIs(Kiv::Ptr<ClassificationList const> const& list) {
+      detail::snapshotEntryIs(
+         classificationList_, list, [](ClassificationList const& l) { return l.classification(); },
+         Family::listSnapshotName, "::classificationListIs: null list");
+   }
+   void commIs(Kiv::Ptr<Comm const> const& comm) {
+      detail::snapshotEntryIs(comm_, comm, detail::communityOf<Comm>, Family::listSnapshotName,
+                              "::commIs: null comm");
+   }
    void classificationListDel(ExtCommClassification classification) {
       classificationList_.erase(classification);
    }
@@ -86,23 +120,6 @@ class ExtCommListSnapshotBase : public Kiv::Notifier {
 
    ClassificationListMap const& classificationList() const noexcept { return classificationList_; }
    CommMap const& comm() const noexcept { return comm_; }
-
- protected:
-   // Insert or replace the entry of the list's classification (the value's
-   // content); NullArgumentError carrying `nullMessage` for a null argument.
-   void classificationListSet(Kiv::Ptr<ClassificationList const> const& list,
-                              char const* nullMessage) {
-      if (!list) {
-         throw Kiv::NullArgumentError(nullMessage);
-      }
-      classificationList_.set(list->classification(), list);
-   }
-   void commSet(Kiv::Ptr<Comm const> const& comm, char const* nullMessage) {
-      if (!comm) {
-         throw Kiv::NullArgumentError(nullMessage);
-      }
-      comm_.set(comm->community(), comm);
-   }
 
  private:
    ClassificationListMap classificationList_{*this};

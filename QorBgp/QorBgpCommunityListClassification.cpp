@@ -108,10 +108,6 @@ LinkBandwidthExtCommClassificationList::Ptr linkBandwidthExtCommClassificationLi
    return Kiv::newNotifying<LinkBandwidthExtCommClassificationList>();
 }
 
-void ExtCommClassificationListSnapshot::commIs(ExtComm::PtrConst const& comm) {
-   commSet(comm, "ExtCommClassificationListSnapshot::commIs: null comm");
-}
-
 std::string ExtCommClassificationList::toStrep() const {
    return stringify<ExtCommClassificationList>(this);
 }

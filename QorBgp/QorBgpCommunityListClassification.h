@@ -138,13 +138,10 @@ linkBandwidthExtCommClassificationListFactory();
 // A notifying copy of a classification list, keyed by content word (see
 // ExtCommSnapshotBase.h).
 class QORBGP_EXPORT ExtCommClassificationListSnapshot
-    : public ExtCommClassificationListSnapshotBase<ExtComm, U64> {
+    : public ExtCommClassificationListSnapshotBase<ExtCommFamily> {
  public:
    KIV_POINTER_TYPES(ExtCommClassificationListSnapshot);
    using ExtCommClassificationListSnapshotBase::ExtCommClassificationListSnapshotBase;
-
-   // Kiv::NullArgumentError for a null value.
-   void commIs(ExtComm::PtrConst const& comm);
 };
 
 } // namespace Routing::Bgp

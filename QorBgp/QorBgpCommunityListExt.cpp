@@ -188,14 +188,6 @@ ExtCommList::Ptr extCommListFactory() { return Kiv::newNotifying<ExtCommList>();
 
 ExtCommList::Ptr ExtCommListIs() { return extCommListFactory(); }
 
-void ExtCommListSnapshot::classificationListIs(ExtCommClassificationList::PtrConst const& list) {
-   classificationListSet(list, "ExtCommListSnapshot::classificationListIs: null list");
-}
-
-void ExtCommListSnapshot::commIs(ExtComm::PtrConst const& comm) {
-   commSet(comm, "ExtCommListSnapshot::commIs: null comm");
-}
-
 hoard::Location ExtCommList::hoard(hoard::StoreWriter& writer) const {
    std::vector<hoard::Location> values;
    values.reserve(comms());

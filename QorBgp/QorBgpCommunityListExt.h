@@ -169,14 +169,9 @@ QORBGP_EXPORT ExtCommList::Ptr ExtCommListIs();
 
 // A notifying copy of an extended community list: its classification lists
 // by classification and its values by content word (see ExtCommSnapshotBase.h).
-class QORBGP_EXPORT ExtCommListSnapshot
-    : public ExtCommListSnapshotBase<ExtCommClassificationList, ExtComm, U64> {
+class QORBGP_EXPORT ExtCommListSnapshot : public ExtCommListSnapshotBase<ExtCommFamily> {
  public:
    KIV_POINTER_TYPES(ExtCommListSnapshot);
-
-   // Kiv::NullArgumentError for a null argument.
-   void classificationListIs(ExtCommClassificationList::PtrConst const& list);
-   void commIs(ExtComm::PtrConst const& comm);
 };
 
 } // namespace Routing::Bgp
