@@ -123,10 +123,42 @@ void ExtCommListCore<Derived, Family>::assertNeverDeduped() const noexcept {
                    "Zup::dedupHandleStateNeverDeduped()");
 }
 
-template class ExtCommClassificationListCore<ExtCommClassificationList, ExtCommFamily>;
-template class
+// The members defined here, for both families. Members one at a time rather
+// than whole classes, so that the inline accessors stay out of the library's
+// exported symbols.
+#define QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(Core)                                 \
+   template auto Core::comm(Core::Key const&) const -> Kiv::Ptr<Core::Comm const>;        \
+   template U32 Core::hash() const noexcept;                                              \
+   template bool Core::compare(Zup::DedupHandle const*) const noexcept;                   \
+   template bool Core::compareByContent(Zup::DedupContentHandle const&) const noexcept;   \
+   template auto Core::commSnapshot() const                                               \
+      -> Kiv::Ptr<Core::FamilyTraits::ClassificationListSnapshot>;                              \
+   template void Core::commAppend(Kiv::Ptr<Core::Comm const> const&);                     \
+   template void Core::commVectorSort()
+
+#define QORBGP_INSTANTIATE_LIST_CORE(Core)                                                \
+   template auto Core::comm(Core::Key const&) const -> Kiv::Ptr<Core::Comm const>;        \
+   template U32 Core::totalCommunities() const noexcept;                                  \
+   template auto Core::classificationList(ExtCommClassification) const                    \
+      -> Kiv::Ptr<Core::FamilyTraits::ClassificationList const>;                                \
+   template U32 Core::hash() const noexcept;                                              \
+   template bool Core::compare(Zup::DedupHandle const*) const noexcept;                   \
+   template bool Core::compareByContent(Zup::DedupContentHandle const&) const noexcept;   \
+   template auto Core::commSnapshot() const -> Kiv::Ptr<Core::FamilyTraits::ListSnapshot>;     \
+   template void Core::commAppend(Kiv::Ptr<Core::Comm const> const&);                     \
+   template void Core::commVectorSort();                                                  \
+   template void Core::assertNeverDeduped() const noexcept
+
+using ExtCommClassificationListCoreT =
+   ExtCommClassificationListCore<ExtCommClassificationList, ExtCommFamily>;
+using ExtCommIp6ClassificationListCoreT =
    ExtCommClassificationListCore<ExtCommIp6ClassificationList, ExtCommIp6Family>;
-template class ExtCommListCore<ExtCommList, ExtCommFamily>;
-template class ExtCommListCore<ExtCommIp6List, ExtCommIp6Family>;
+using ExtCommListCoreT = ExtCommListCore<ExtCommList, ExtCommFamily>;
+using ExtCommIp6ListCoreT = ExtCommListCore<ExtCommIp6List, ExtCommIp6Family>;
+
+QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(ExtCommClassificationListCoreT);
+QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(ExtCommIp6ClassificationListCoreT);
+QORBGP_INSTANTIATE_LIST_CORE(ExtCommListCoreT);
+QORBGP_INSTANTIATE_LIST_CORE(ExtCommIp6ListCoreT);
 
 } // namespace Routing::Bgp

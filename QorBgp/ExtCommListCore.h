@@ -70,6 +70,7 @@ struct QORBGP_EXPORT ExtCommIp6Family {
 template <class Derived, class Family>
 class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
  public:
+   using FamilyTraits = Family;
    using Comm = typename Family::Comm;
    using Key = typename Family::Key;
    using CommVector = std::vector<Kiv::Ptr<Comm const>>;
@@ -123,6 +124,7 @@ class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
 template <class Derived, class Family>
 class QORBGP_EXPORT ExtCommListCore : public KivHoard::DedupHandle {
  public:
+   using FamilyTraits = Family;
    using Comm = typename Family::Comm;
    using Key = typename Family::Key;
    using CommVector = std::vector<Kiv::Ptr<Comm const>>;
