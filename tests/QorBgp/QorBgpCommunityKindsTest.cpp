@@ -1,5 +1,8 @@
 #include "QorBgp/QorBgpCommunityKinds.h"
 
+#include "QorBgp/Parse/ExtCommRouteOrigin.h"
+#include "QorBgp/Parse/ExtCommRouteTarget.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -15,30 +18,6 @@ constexpr U32 asdotUI = classificationAndUI | StrepFormat::flagAsdot;
 ExtCommAsNumber::Ptr asNumber(U64 word, bool fourByteAs) {
    return extCommAsNumberFactory(extCommClassificationUnSpecified, ExtCommContent(word),
                                  fourByteAs);
-}
-
-TEST(ExtCommAsNumber, LayoutSplitsGlobalAndLocalAdministrator) {
-   struct Row {
-      U64 word;
-      bool fourByteAs;
-      U32 as;
-      U32 localAdmin;
-   };
-   Row const rows[] = {
-      {0x0005fde800000064, false, 65000, 100},
-      {0x0005ffffffffffff, false, 65535, 0xffffffff},
-      {0x0205fa56ea000064, true, 4200000000, 100},
-      {0x0205ffffffffffff, true, 0xffffffff, 0xffff},
-      // The same word read in the other layout.
-      {0x0005fde800000064, true, 0xfde80000, 100},
-   };
-   for (Row const& row : rows) {
-      SCOPED_TRACE(testing::Message() << std::hex << row.word << " four=" << row.fourByteAs);
-      auto comm = asNumber(row.word, row.fourByteAs);
-      EXPECT_EQ(comm->fourByteAs(), row.fourByteAs);
-      EXPECT_EQ(comm->asNumber(), row.as);
-      EXPECT_EQ(comm->localAdmin(), row.localAdmin);
-   }
 }
 
 TEST(ExtCommAsNumber, AsdotOnlyForFourOctetAsAbove65535) {
@@ -120,20 +99,23 @@ TEST(ExtCommAdminPairFallbacks, DiagnosticFormIgnoresTheCallersStreamFlags) {
    }
 }
 
-TEST(ExtCommAdminPairFallbacks, FactoriesKeepClassificationAndEnableNotification) {
+TEST(ExtCommAdminPairFallbacks, FactoriesKeepTheClassificationTheyAreGiven) {
    ExtComm::Ptr as = extCommAsNumberFactory(extCommClassificationEvpn,
                                             ExtCommContent(0x0005fde800000064), false);
    ExtComm::Ptr ip = extCommIpv4AddressFactory(extCommClassificationFlowspec,
                                                ExtCommContent(0x0105c00002010064));
    EXPECT_EQ(as->classification(), extCommClassificationEvpn);
    EXPECT_EQ(ip->classification(), extCommClassificationFlowspec);
-   EXPECT_TRUE(as->hasNotificationActive());
-   EXPECT_TRUE(ip->hasNotificationActive());
    EXPECT_EQ(as->fwkType(), "Routing::Bgp::ExtCommAsNumber");
    EXPECT_EQ(ip->fwkType(), "Routing::Bgp::ExtCommIpv4Address");
-   auto address = staticPtrCast<ExtCommIpv4Address>(ip);
-   EXPECT_EQ(address->ipv4Address(), 0xc0000201u);
-   EXPECT_EQ(address->localAdmin(), 100);
+}
+
+TEST(ExtCommAsNumberDeathTest, AdminPairKindOfAnotherTypeIsFatal) {
+   // Only the parser's 0x00 and 0x02 rules build AS route targets and origins.
+   auto rt = extCommRouteTargetAsFactory(ExtCommContent(0x4002fde800000064), false);
+   auto soo = extCommRouteOriginAsFactory(ExtCommContent(0x0103fde800000064), false);
+   EXPECT_DEATH(rt->toStrep(), "assertion failed: 0 && \"unexpected type\"");
+   EXPECT_DEATH(soo->toStrep(), "assertion failed: 0 && \"unexpected type\"");
 }
 
 } // namespace

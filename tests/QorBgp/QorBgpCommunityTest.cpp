@@ -1,14 +1,18 @@
 #include "QorBgp/QorBgpCommunity.h"
 
 #include "platform/Errors.h"
+#include "tests/platform/HoardTestSegment.h"
 
 #include <gtest/gtest.h>
 
 #include <iomanip>
 #include <sstream>
+#include <typeinfo>
 
 namespace Routing::Bgp {
 namespace {
+
+using StrepFormat = ExtComm::StrepFormat;
 
 constexpr U64 rt65000_100 = 0x0002fde800000064;
 
@@ -24,10 +28,8 @@ ExtComm::Ptr subtyped(U64 word) {
 
 TEST(ExtCommContent, WordOctetsAndOrder) {
    ExtCommContent c(rt65000_100);
-   EXPECT_EQ(c.typeOctet(), 0x00);
    EXPECT_EQ(c.subtypeOctet(), 0x02);
    EXPECT_EQ(c.valueOctet(0), 0xfd);
-   EXPECT_EQ(c.valueOctet(5), 0x64);
    // The type octet is most significant, so type 0x00 sorts before type 0x01.
    EXPECT_LT(c, ExtCommContent(0x0102000000010064));
    EXPECT_LT(ExtCommContent(0x00ffffffffffffff), ExtCommContent(0x0100000000000000));
@@ -52,27 +54,11 @@ TEST(ExtCommContent, StrepIsDecimalAndParsesBack) {
    }
 }
 
-TEST(ExtComm, FactoryBuildsAnOwnedValueWithNotificationOn) {
-   ExtComm::Ptr comm = extCommFactory(extCommClassificationRouteTarget, ExtCommContent(rt65000_100));
-   EXPECT_EQ(comm->references(), 1u);
-   EXPECT_TRUE(comm->hasNotificationActive());
-   EXPECT_EQ(comm->classification(), extCommClassificationRouteTarget);
-   EXPECT_EQ(comm->getContent().word(), rt65000_100);
-   EXPECT_FALSE(comm->isDeduped());
-}
-
 TEST(ExtComm, PktTypeFallsBackToUnknownForUnnamedOctets) {
    EXPECT_EQ(plain(0x0700000000000000)->pktType(), extCommPktTypeUnknown);
    EXPECT_EQ(plain(0xff00000000000000)->pktType(), extCommPktTypeUnknown);
    EXPECT_EQ(plain(0x4300000000000000)->pktType(), extCommPktTypeNonTransOpaque);
    EXPECT_EQ(plain(0x8200000000000000)->pktType(), extCommPktTypeTransGenericPart3);
-}
-
-TEST(ExtComm, SubtypeIsSpecifiedOnlyForSubtypedValues) {
-   EXPECT_TRUE(plain(rt65000_100)->pktSubtype().isUnspecified());
-   BgpExtCommPktSubtype sub = subtyped(0x00ff000000000000)->pktSubtype();
-   ASSERT_FALSE(sub.isUnspecified());
-   EXPECT_EQ(sub.value(), 0xffu);
 }
 
 TEST(ExtComm, EqualContentsHashAndCompareEqual) {
@@ -85,17 +71,6 @@ TEST(ExtComm, EqualContentsHashAndCompareEqual) {
    EXPECT_NE(a->hash(), c->hash());
    EXPECT_TRUE(a->compareByContent(ExtCommContent(rt65000_100)));
    EXPECT_FALSE(a->compareByContent(ExtCommContent(0)));
-}
-
-TEST(ExtComm, IsBetterThanIsUnsignedWordOrder) {
-   ExtComm::Ptr rt = plain(rt65000_100);
-   ExtComm::Ptr ip = plain(0x0102000000010064);
-   ExtComm::Ptr high = extCommFactory(extCommClassificationRouteTarget,
-                                      ExtCommContent(0x8000000000000000));
-   EXPECT_TRUE(rt->isBetterThan(ip));
-   EXPECT_FALSE(ip->isBetterThan(rt));
-   EXPECT_FALSE(rt->isBetterThan(plain(rt65000_100)));
-   EXPECT_TRUE(ip->isBetterThan(high));
 }
 
 TEST(ExtComm, SubtypeNamesComeFromTheirTypesEnumeration) {
@@ -139,6 +114,138 @@ TEST(ExtComm, SubtypeNamesComeFromTheirTypesEnumeration) {
       EXPECT_EQ(((*subtyped(row.word)).*row.name)(), row.expected);
    }
    EXPECT_EQ(extCommSubtypeString<BgpExtCommPktSubtypeTransOpaque>(77), "subtype=77");
+}
+
+TEST(ExtCommText, PolicyTextOfAPlainValueIsItsRawOctets) {
+   struct Row {
+      U64 word;
+      char const* text;
+   };
+   Row const rows[] = {
+      {rt65000_100, "0002:0xfd 0xe8 0x00 0x00 0x00 0x64"},
+      {0x4300000000000002, "0300(NT):0x00 0x00 0x00 0x00 0x00 0x02"},
+      {0x8006000000000000, "8006:0x00 0x00 0x00 0x00 0x00 0x00"},
+      // The non-transitive bit shows as (NT), never in the type digits.
+      {0x40ff0a0b0c0d0e0f, "00ff(NT):0x0a 0x0b 0x0c 0x0d 0x0e 0x0f"},
+      {0xffffffffffffffff, "bfff(NT):0xff 0xff 0xff 0xff 0xff 0xff"},
+   };
+   for (Row const& row : rows) {
+      SCOPED_TRACE(row.text);
+      EXPECT_EQ(plain(row.word)->toStrepForPolicy(StrepFormat(6)), row.text);
+      EXPECT_EQ(plain(row.word)->toStrepForPolicy(StrepFormat(63)), row.text);
+      EXPECT_EQ(plain(row.word)->toStrepForUI(true, true, true), row.text);
+   }
+}
+
+TEST(ExtCommText, PolicyTextNeedsBothClassificationAndUI) {
+   ExtComm::Ptr comm = plain(rt65000_100);
+   for (U32 flags : {0u, 1u, 2u, 4u, 8u, 16u, 32u, 59u, 61u}) {
+      SCOPED_TRACE(flags);
+      EXPECT_EQ(comm->toStrepForPolicy(StrepFormat(flags)), "");
+   }
+}
+
+TEST(ExtCommText, DiagnosticForm) {
+   struct Row {
+      ExtComm::Ptr comm;
+      char const* text;
+   };
+   Row const rows[] = {
+      {plain(rt65000_100), "<extCommPktTypeTransTwoOctetAs 0x0002fde800000064>"},
+      {subtyped(rt65000_100),
+       "<extCommPktTypeTransTwoOctetAs extCommPktSubtypeTransTwoOctetAsRouteTarget "
+       "0x0002fde800000064>"},
+      {subtyped(0x0401000000000000), "<extCommPktTypeTransQosMarking none 0x0401000000000000>"},
+      {subtyped(0x4105000000000000),
+       "<extCommPktTypeNonTransIpv4Address subtype=5 0x4105000000000000>"},
+      {subtyped(0x0714000000000000), "<extCommPktTypeUnknown none 0x0714000000000000>"},
+      {plain(0), "<extCommPktTypeTransTwoOctetAs 0x0000000000000000>"},
+   };
+   for (Row const& row : rows) {
+      SCOPED_TRACE(row.text);
+      EXPECT_EQ(row.comm->toStrep(), row.text);
+      std::ostringstream os;
+      os << row.comm;
+      EXPECT_EQ(os.str(), row.text);
+   }
+}
+
+TEST(ExtCommText, SubtypeTextOfAPlainValueIsUnspecified) {
+   std::ostringstream os;
+   plain(rt65000_100)->formatSubtype(os);
+   EXPECT_EQ(os.str(), "unspecified");
+}
+
+TEST(ExtCommText, StreamOutputHandlesNullAndKeepsTheCallersFormat) {
+   std::ostringstream os;
+   ExtComm::PtrConst none;
+   os << none << ' ' << static_cast<ExtComm const*>(nullptr) << ' ';
+   os << std::hex << std::showbase << std::setfill('#') << std::setw(6);
+   os << subtyped(0x0401000000000000) << ' ' << std::setw(6) << 255;
+   EXPECT_EQ(os.str(), "NULL NULL <extCommPktTypeTransQosMarking none 0x0401000000000000> ##0xff");
+}
+
+TEST(ExtCommText, TypeAsStringAppendsToTheBuffer) {
+   Kiv::DynamicBuffer<8> buffer;
+   buffer.append("x=");
+   addExtCommTypeAsString(buffer, ":sfx", 0x43, 0x0b, false);
+   EXPECT_EQ(buffer.view(), "x=030b:sfx(NT)");
+   EXPECT_EQ(extCommTypeAsString("", 0x80, 0x06, true), "8006");
+   // The caller decides transitivity; the bit is only ever cleared from the digits.
+   EXPECT_EQ(extCommTypeAsString("", 0x43, 0x00, true), "0300");
+   EXPECT_EQ(extCommTypeAsString("", 0x00, 0x00, false), "0000(NT)");
+}
+
+TEST(ExtCommStrepFormat, RangeIsSixBits) {
+   try {
+      StrepFormat(64);
+      FAIL() << "64 accepted";
+   } catch (Kiv::RangeError const& e) {
+      EXPECT_STREQ(e.what(), "ExtComm::StrepFormat 64 > 63 not allowed");
+   }
+}
+
+TEST(ExtCommStrepFormat, ReflectionTextAndItsMalformations) {
+   EXPECT_EQ(StrepFormat(StrepFormat::flagUI | StrepFormat::flagLinkBwWeighted).valueToStrep(),
+             "Value('Routing::Bgp::ExtComm::StrepFormat', ** {'strepFormatDefault': False, "
+             "'strepFormatClassification': False, 'strepFormatUI': True, 'strepFormatJson': "
+             "False, 'strepFormatAsdot': False, 'strepFormatLinkBwWeighted': True})");
+   std::string text = StrepFormat(1).valueToStrep();
+   for (std::string bad : {text.substr(1), text.substr(0, text.size() - 1),
+                           text.replace(text.find("True"), 4, "Yes")}) {
+      SCOPED_TRACE(bad);
+      EXPECT_THROW(StrepFormat::fromValueStrep(bad), Kiv::RangeError);
+   }
+}
+
+TEST(ExtCommDehoard, RestoresAPlainDetachedValue) {
+   HoardTestSegment segment(true);
+   hoard::StoreWriter writer = segment.create(1 << 16);
+   hoard::Location rt = writer.publish(
+      hoard::ExtCommRecord{extCommClassificationRouteTarget, 0, 0x0002fde800000064});
+   hoard::Location bogus = writer.publish(hoard::ExtCommRecord{77, 0, 1});
+   hoard::StoreManager store = segment.open();
+
+   ExtComm::PtrConst restored = ExtComm::dehoard(&rt, &store);
+   ASSERT_TRUE(restored);
+   EXPECT_EQ(typeid(*restored), typeid(ExtComm)); // plain, whatever the classification
+   EXPECT_EQ(restored->classification(), extCommClassificationRouteTarget);
+   EXPECT_EQ(restored->getContent().word(), 0x0002fde800000064u);
+   EXPECT_EQ(restored->dedupState(), Zup::DedupState::detached);
+   EXPECT_FALSE(restored->isDeduped());
+   EXPECT_TRUE(restored->hasNotificationActive());
+
+   // A classification that is none is a corrupt record.
+   EXPECT_FALSE(ExtComm::dehoard(&bogus, &store));
+
+   // A read while the writer is changing the store does not validate.
+   writer.beginChange();
+   EXPECT_FALSE(ExtComm::dehoard(&rt, &store));
+   writer.endChange();
+   EXPECT_TRUE(ExtComm::dehoard(&rt, &store));
+
+   hoard::Location outside(1 << 20);
+   EXPECT_THROW(ExtComm::dehoard(&outside, &store), Kiv::RangeError);
 }
 
 TEST(ExtCommDeathTest, SubtypeNameOfAnotherTypeIsFatal) {

@@ -20,20 +20,6 @@ void expectError(std::function<void()> const& call, char const* text) {
    }
 }
 
-TEST(BgpDenseU32Attr, ViewsShareOneWord) {
-   BgpDenseU32Attr attr;
-   attr.valueU8Is(3, 0xAB);
-   EXPECT_EQ(attr.value(), 0xAB000000u);
-   EXPECT_EQ(attr.valueU16(1), 0xAB00u);
-   EXPECT_FALSE(attr.valueBool(15));
-   attr.valueBoolIs(15, true);
-   attr.valueU8Is(0, 0x34);
-   EXPECT_EQ(attr.valueU16(0), 0x8034u);
-   attr.valueBoolIs(2, false);
-   attr.valueU16Is(1, 0x1200);
-   EXPECT_EQ(attr.value(), 0x12008030u);
-}
-
 TEST(BgpDenseU32Attr, BadIndexOrDeleteNamesTheOperationAndChangesNothing) {
    BgpDenseU32Attr attr(0x01020304);
    using Range = Kiv::RangeError;

@@ -83,30 +83,6 @@ TEST(SerializePathAttribute, HeaderLengthFormFollowsSizeAndCallerExtLen) {
    }
 }
 
-TEST(SerializeWordsAttribute, OneWriteMatchesTheGeneralWriter) {
-   // Standard words and large-community triples, each word most significant
-   // byte first, under the header the general writer would choose.
-   std::vector<U32> words;
-   for (U32 i = 0; i < 70; ++i) { // 280 value bytes: the two-octet length form
-      words.push_back(0x01020304u * (i + 1));
-   }
-   for (std::size_t count : {std::size_t{0}, std::size_t{1}, std::size_t{63}, std::size_t{64},
-                             words.size()}) {
-      std::span<U32 const> part(words.data(), count);
-      SerializePathAttribute general(community, optionalTransitive, static_cast<U32>(4 * count));
-      for (U32 word : part) {
-         general.addU32hton(word);
-      }
-      EXPECT_EQ(SerializePathAttribute::serializeWords(community, optionalTransitive, part),
-                general.serializedString())
-         << count;
-   }
-   Acl::CommunityValue const large[] = {{1, 2, 3}, {0xFFFFFFFF, 0, 0x01020304}};
-   expectBytes(SerializePathAttribute::serializeWords(largeCommunity, optionalTransitive, large),
-               {0xC0, 32, 24, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3,
-                0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 1, 2, 3, 4});
-}
-
 TEST(SerializePathAttribute, ClearAndReInitStartsAFreshAttribute) {
    SerializePathAttribute out(community, optionalTransitive, 300);
    out.addBytes(counting(300));

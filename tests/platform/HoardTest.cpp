@@ -1,3 +1,9 @@
+// The snapshot store: validation of reads against changes, the bounds of
+// every location, and how a reader copes with a broken writer or a damaged
+// segment (a writer that dies inside a change or before its
+// header, a segment cut short or whose header lies about its size, locations
+// that point anywhere), each ending in a clear error or a failed validation,
+// never in a read outside the mapping.
 #include "platform/Hoard.h"
 
 #include "HoardTestSegment.h"
@@ -5,17 +11,25 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <stdexcept>
 #include <vector>
 
 namespace {
 
+using hoard::ExtCommRecord;
+using hoard::ListRecord;
 using hoard::Location;
 using hoard::ReaderPtr;
 using hoard::StoreManager;
@@ -24,72 +38,9 @@ using testing::HasSubstr;
 
 using Segment = HoardTestSegment;
 
-template <class E>
-std::vector<E> restoreList(StoreManager const& store, Location at, U32 expectedFlags) {
-   ReaderPtr<hoard::ListRecord> list(store, at);
-   EXPECT_EQ(list->flags, expectedFlags);
-   U32 const count = list->count;
-   E const* elements = list.template trailing<E>(count);
-   std::vector<E> out(elements, elements + count);
-   EXPECT_TRUE(list.validateVersionAnchor());
-   return out;
-}
-
-TEST(Hoard, EveryRecordKindRestoresAsPublishedFromMemoryAndFile) {
-   for (bool file : {false, true}) {
-      SCOPED_TRACE(file ? "mapped file" : "shared memory");
-      Segment segment(file);
-      StoreWriter writer = segment.create(4096);
-      std::vector<U32> const comms{0x00010002, 0xffffff01};
-      std::vector<hoard::LargeCommRecord> const large{{1, 2, 3}, {0xffffffff, 0, 7}};
-      std::vector<hoard::ExtCommIp6Record> const ip6{{0x00, 0x02, {0x20, 0x01, 15}, 100},
-                                                     {0x40, 0x0b, {}, 0xffff}};
-      Location const rt = writer.publish(hoard::ExtCommRecord{1, 0, 0x0002fde800000064});
-      Location const ro = writer.publish(hoard::ExtCommRecord{2, 0, 0x0003fde800000001});
-      std::vector<Location> const ext{ro, rt};
-      Location const commList = writer.publishList<U32>(1, comms);
-      Location const largeList = writer.publishList<hoard::LargeCommRecord>(0, large);
-      Location const extList = writer.publishList<Location>(1, ext);
-      Location const ip6List = writer.publishList<hoard::ExtCommIp6Record>(1, ip6);
-      Location const emptyList = writer.publishList<U32>(0, {});
-
-      StoreManager const store = segment.open();
-      EXPECT_EQ(store.size(), 4096u);
-      EXPECT_EQ(restoreList<U32>(store, commList, 1), comms);
-      EXPECT_EQ(restoreList<hoard::LargeCommRecord>(store, largeList, 0), large);
-      EXPECT_EQ(restoreList<hoard::ExtCommIp6Record>(store, ip6List, 1), ip6);
-      EXPECT_TRUE(restoreList<U32>(store, emptyList, 0).empty());
-      std::vector<Location> const stored = restoreList<Location>(store, extList, 1);
-      ASSERT_EQ(stored, ext);
-      // An element of the extended list is read as a stored location.
-      ReaderPtr<hoard::ExtCommRecord> value(store, Location::loadFrom(&stored[1]));
-      EXPECT_EQ(value->classification, 1u);
-      EXPECT_EQ(value->content, 0x0002fde800000064u);
-      EXPECT_TRUE(value.validateVersionAnchor());
-   }
-}
-
-TEST(Hoard, ParentRestoresWhatAChildProcessPublished) {
-   Segment segment(false);
-   pid_t const child = fork();
-   ASSERT_NE(child, -1);
-   if (child == 0) {
-      int status = 1;
-      try {
-         StoreWriter writer = segment.create(1024);
-         std::vector<U32> const comms{7, 8, 9};
-         writer.rootIs(writer.publishList<U32>(1, comms));
-         status = 0;
-      } catch (...) {
-      }
-      _exit(status); // the segment outlives its writer; the parent's guard removes it
-   }
-   int status = 0;
-   ASSERT_EQ(waitpid(child, &status, 0), child);
-   ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-   StoreManager const store = segment.open();
-   EXPECT_EQ(restoreList<U32>(store, store.root(), 1), (std::vector<U32>{7, 8, 9}));
-}
+constexpr U64 headerSize = 64;
+// Where the header keeps the segment size it claims.
+constexpr std::streamoff segmentSizeField = 16;
 
 TEST(Hoard, ChangeDuringAReadFailsValidationAndAnUnchangedReadPasses) {
    Segment segment(false);
@@ -152,7 +103,7 @@ TEST(Hoard, LocationsOutsideTheSegmentAreRangeErrors) {
    EXPECT_THROW(reader.trailing<U32>(UINT32_MAX), Kiv::RangeError);
 }
 
-void expectStoreError(std::function<void()> const& action, char const* text) {
+void expectStoreError(std::function<void()> const& action, std::string const& text) {
    try {
       action();
       ADD_FAILURE() << "no StoreError, expected one with: " << text;
@@ -188,6 +139,165 @@ TEST(Hoard, ForeignTruncatedMissingAndFullSegmentsAreStoreErrors) {
    small.publish(U64{1});
    expectStoreError([&] { small.publish(hoard::ExtCommRecord{}); },
                     "is full: 16 bytes asked, 8 of 80 free");
+}
+
+
+// Overwrites eight bytes of a segment file at `at`.
+void overwrite(std::string const& path, std::streamoff at, U64 value) {
+   std::fstream f(path, std::ios::in | std::ios::out | std::ios::binary);
+   f.seekp(at);
+   f.write(reinterpret_cast<char const*>(&value), sizeof value);
+}
+
+// Runs `life` in a child process that then exits without closing anything,
+// as a writer that crashes would.
+void inDyingChild(std::function<void()> const& life) {
+   pid_t const child = fork();
+   ASSERT_NE(child, -1);
+   if (child == 0) {
+      try {
+         life();
+      } catch (...) {
+         _exit(2);
+      }
+      _exit(0);
+   }
+   int status = 0;
+   ASSERT_EQ(waitpid(child, &status, 0), child);
+   ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+TEST(Hoard, AWriterThatDiesInsideAChangeLeavesEveryReadInvalid) {
+   Segment segment(false);
+   Location const value(headerSize);
+   Location const list(headerSize + sizeof(ExtCommRecord));
+   inDyingChild([&] {
+      StoreWriter writer = segment.create(512);
+      writer.publish(ExtCommRecord{1, 0, 0x0002fde800000064});
+      writer.rootIs(writer.publishList<U32>(0, std::vector<U32>{1, 2, 3}));
+      writer.beginChange();
+      // Half of the value's content, and a list count the segment cannot hold.
+      writer.rewrite(Location(value.offset() + 8), U32{0xdeadbeef});
+      writer.rewrite(list, ListRecord{0, 1000});
+   });
+   // The segment still opens; what it holds is never consistent.
+   StoreManager const store = segment.open();
+   EXPECT_EQ(store.root(), list);
+   EXPECT_EQ(store.versionAnchor() % 2, 1u);
+   ReaderPtr<ExtCommRecord> torn(store, value);
+   EXPECT_NE(torn->content, 0x0002fde800000064u);
+   EXPECT_FALSE(torn.validateVersionAnchor());
+   ReaderPtr<ListRecord> reader(store, store.root());
+   EXPECT_EQ(reader->count, 1000u);
+   EXPECT_FALSE(reader.validateVersionAnchor());
+   EXPECT_THROW(reader.trailing<U32>(reader->count), Kiv::RangeError);
+   EXPECT_FALSE(ReaderPtr<ListRecord>(store, list).validateVersionAnchor());
+}
+
+TEST(Hoard, AWriterThatDiesBeforeSettingTheRootLeavesOnlyANullRoot) {
+   Segment segment(true);
+   inDyingChild([&] {
+      StoreWriter writer = segment.create(512);
+      writer.publishList<U32>(0, std::vector<U32>{1, 2, 3});
+   });
+   StoreManager const store = segment.open();
+   EXPECT_TRUE(store.root().isNull());
+   EXPECT_EQ(store.find(store.root(), 1, sizeof(ListRecord), 8), nullptr);
+   EXPECT_THROW(ReaderPtr<ListRecord>(store, store.root()), Kiv::RangeError);
+}
+
+TEST(Hoard, ASegmentWhoseWriterDiedBeforeItsHeaderIsRefused) {
+   Segment segment(false);
+   // Created and sized, but the header never written: all zero.
+   inDyingChild([&] {
+      int const fd = shm_open(("/" + segment.name).c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
+      if (fd == -1 || ftruncate(fd, 4096) != 0) {
+         throw std::runtime_error("shm_open");
+      }
+   });
+   expectStoreError([&] { segment.open(); }, "bad magic number 0");
+}
+
+TEST(Hoard, ASegmentCutShortIsRefusedWhateverItsLength) {
+   for (bool file : {false, true}) {
+      SCOPED_TRACE(file ? "mapped file" : "shared memory");
+      Segment segment(file);
+      StoreWriter writer = segment.create(4096);
+      writer.rootIs(writer.publishList<U32>(0, std::vector<U32>{1, 2, 3}));
+      for (U64 length : {U64{4095}, U64{1024}, headerSize, headerSize - 1, U64{1}, U64{0}}) {
+         SCOPED_TRACE(length);
+         segment.truncate(length);
+         expectStoreError([&] { segment.open(); }, "is " + std::to_string(length) + " bytes");
+      }
+   }
+}
+
+TEST(Hoard, AHeaderSizeOutsideTheMappingIsRefusedAndASmallerOneBoundsEveryRead) {
+   Segment segment(true);
+   Location at;
+   {
+      StoreWriter writer = segment.create(4096);
+      writer.publish(U64{1});
+      at = writer.publish(ExtCommRecord{1, 0, 7}); // at offset 72
+      writer.rootIs(at);
+   }
+   for (U64 claimed : {U64{0}, headerSize - 1, U64{4097}, UINT64_MAX}) {
+      overwrite(segment.name, segmentSizeField, claimed);
+      expectStoreError([&] { segment.open(); }, "header claims " + std::to_string(claimed));
+   }
+   // A header that claims less than there is confines the reader to what it claims.
+   overwrite(segment.name, segmentSizeField, at.offset() + 8);
+   StoreManager const store = segment.open();
+   EXPECT_EQ(store.size(), at.offset() + 8);
+   EXPECT_NE(store.find(Location(headerSize), 1, 8, 8), nullptr);
+   EXPECT_EQ(store.find(at, 1, sizeof(ExtCommRecord), 8), nullptr);
+   EXPECT_THROW(ReaderPtr<ExtCommRecord>(store, store.root()), Kiv::RangeError);
+}
+
+// A writer rewriting one record in a loop is killed at some moment: no read
+// that validates ever saw a torn record, before or after its death.
+TEST(Hoard, AWriterKilledWhileRewritingNeverLetsATornReadValidate) {
+   Segment segment(false);
+   StoreWriter writer = segment.create(256);
+   auto const record = [](U32 i) { return ExtCommRecord{i, i, U64{i} << 32 | i}; };
+   Location const at = writer.publish(record(0));
+   pid_t const child = fork();
+   ASSERT_NE(child, -1);
+   if (child == 0) {
+      for (U32 i = 1; i < 50'000'000; ++i) { // bounded, should the parent be gone
+         auto change = writer.change();
+         writer.rewrite(at, record(i));
+      }
+      _exit(0);
+   }
+   StoreManager const store = segment.open();
+   auto const readIsConsistent = [&](int& validated) {
+      ReaderPtr<ExtCommRecord> reader(store, at);
+      ExtCommRecord const copy = *reader;
+      if (!reader.validateVersionAnchor()) {
+         return true;
+      }
+      ++validated;
+      return copy == record(copy.classification);
+   };
+   // Once the writer is under way, read until some reads have validated.
+   auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+   while (store.versionAnchor() < 1000 && std::chrono::steady_clock::now() < deadline) {
+      sched_yield();
+   }
+   int validated = 0;
+   int read = 0;
+   bool consistent = true;
+   for (; consistent && read < 2'000'000 && validated < 100; ++read) {
+      consistent = readIsConsistent(validated);
+   }
+   ASSERT_EQ(kill(child, SIGKILL), 0);
+   int status = 0;
+   ASSERT_EQ(waitpid(child, &status, 0), child);
+   EXPECT_TRUE(consistent) << "torn record validated at read " << read;
+   EXPECT_TRUE(readIsConsistent(validated));
+   U64 const anchor = store.versionAnchor();
+   EXPECT_EQ(ReaderPtr<ExtCommRecord>(store, at).validateVersionAnchor(), anchor % 2 == 0);
 }
 
 } // namespace

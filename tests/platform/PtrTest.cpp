@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <thread>
-#include <unordered_set>
 #include <vector>
 
 namespace {
@@ -61,35 +60,6 @@ TEST(Ptr, CountFollowsCopyMoveConvertAndReset) {
       EXPECT_EQ(destroyed, 0);
    }
    EXPECT_EQ(destroyed, 1);
-}
-
-TEST(Ptr, CastsShareTheCountAndAFailedDynamicCastIsNull) {
-   std::atomic<int> destroyed{0};
-   Counted::Ptr base = new Derived(&destroyed);
-   Counted::Ptr plain = new Counted(&destroyed);
-   Derived::Ptr down = Kiv::staticPtrCast<Derived>(base);
-   EXPECT_EQ(down.get(), base.get());
-   EXPECT_EQ(Kiv::dynamicPtrCast<Derived>(base), down);
-   EXPECT_EQ(Kiv::dynamicPtrCast<Derived>(plain), nullptr);
-   EXPECT_EQ(base->references(), 2u);
-   EXPECT_EQ(plain->references(), 1u);
-   base = nullptr;
-   plain = nullptr;
-   EXPECT_EQ(destroyed, 1);
-   down = nullptr;
-   EXPECT_EQ(destroyed, 2);
-}
-
-TEST(Ptr, ComparesAndHashesByAddress) {
-   std::atomic<int> destroyed{0};
-   Counted::Ptr a = new Counted(&destroyed);
-   Counted::Ptr b = new Counted(&destroyed);
-   EXPECT_TRUE(Counted::PtrConst(a) == a);
-   EXPECT_FALSE(a == b);
-   EXPECT_EQ(a < b, a.get() < b.get());
-   std::unordered_set<Counted::Ptr> set{a, b, a};
-   EXPECT_EQ(set.size(), 2u);
-   EXPECT_EQ(set.count(a), 1u);
 }
 
 TEST(Ptr, AtomicCountsSurviveConcurrentCopiesAndDestroyOnce) {

@@ -1,0 +1,74 @@
+#include "tools/mrt/MrtFile.h"
+
+#include "MrtFileTestFixture.h"
+
+namespace QorBgpTools::mrt {
+namespace {
+
+using namespace test;
+using MrtFileTest = MrtTest;
+
+TEST_F(MrtFileTest, ConcatenatedCompressedStreamsReadAsOne) {
+   for (auto c : {Compression::gzip, Compression::bzip2}) {
+      SCOPED_TRACE(static_cast<int>(c));
+      auto first = create("a", c);
+      first->peerIndexTable(0, 0, "", kPeers);
+      first->ribEntry(0, 1, "192.0.2.0/24", std::vector<RibEntry>{{0, 1, {}, {}}});
+      ASSERT_TRUE(first->close(nullptr));
+      auto second = create("b", c);
+      second->ribEntry(0, 1, "192.0.2.0/25", std::vector<RibEntry>{{1, 1, {}, {}}});
+      ASSERT_TRUE(second->close(nullptr));
+      auto both = contents("a");
+      auto b = contents("b");
+      both.insert(both.end(), b.begin(), b.end());
+      store("ab", both);
+      Report report;
+      auto paths = readAll("ab", &report);
+      ASSERT_EQ(paths.size(), 2u);
+      EXPECT_EQ(paths[1].prefix, "192.0.2.0/25");
+      EXPECT_TRUE(report.problems.empty());
+   }
+}
+
+TEST_F(MrtFileTest, CutOffCompressedStreamKeepsWhatCameBefore) {
+   struct Row {
+      Compression compression;
+      std::size_t records;
+      char const* problem;
+   } rows[] = {{Compression::gzip, 2000, "gzip: stream cut short"},
+               // bzip2 emits nothing of a block until all of it has arrived;
+               // 60000 records fill more than one 900 kB block
+               {Compression::bzip2, 60000, "bzip2: stream cut short"}};
+   for (auto const& row : rows) {
+      SCOPED_TRACE(row.problem);
+      auto w = create("full", row.compression);
+      w->peerIndexTable(0, 0, "", kPeers);
+      for (U32 i = 0; i < row.records; ++i) {
+         w->ribEntry(0, i, "10.0.0.0/8", std::vector<RibEntry>{{0, i, {}, {kCommunities}}});
+      }
+      ASSERT_TRUE(w->close(nullptr));
+      auto bytes = contents("full");
+      bytes.resize(bytes.size() * 2 / 3);
+      store("cut", bytes);
+      Report report;
+      auto paths = readAll("cut", &report);
+      EXPECT_GT(paths.size(), 0u);
+      EXPECT_LT(paths.size(), row.records);
+      for (std::size_t i = 0; i < paths.size(); ++i) {
+         ASSERT_EQ(paths[i].timestamp, i);
+      }
+      ASSERT_FALSE(report.problems.empty());
+      EXPECT_EQ(report.problems.back().text, row.problem);
+   }
+}
+
+TEST_F(MrtFileTest, OpenFailsWithTheReason) {
+   std::string error;
+   EXPECT_EQ(MrtReader::open(file("missing"), &error), nullptr);
+   EXPECT_EQ(error, "cannot open \"" + file("missing") + "\": No such file or directory");
+   EXPECT_EQ(MrtWriter::create(file("no/such/dir"), Compression::gzip, &error), nullptr);
+   EXPECT_NE(error.find("cannot create"), std::string::npos);
+}
+
+} // namespace
+} // namespace QorBgpTools::mrt
