@@ -1,3 +1,7 @@
+// ExtCommIp6, the IPv6-address-specific extended community value: its
+// content, interning, the enumerations of its type and subtype octets and
+// its text forms (the content text and its parse, the diagnostic form, the
+// policy and UI forms, the StrepFormat selector's reflection text).
 #include "QorBgp/ExtCommIp6.h"
 
 #include "QorBgp/ExtCommIp6DedupTable.h"

@@ -126,39 +126,41 @@ void ExtCommListCore<Derived, Family>::assertNeverDeduped() const noexcept {
 // The members defined here, for both families. Members one at a time rather
 // than whole classes, so that the inline accessors stay out of the library's
 // exported symbols.
-#define QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(Core)                                 \
-   template auto Core::comm(Core::Key const&) const -> Kiv::Ptr<Core::Comm const>;        \
-   template U32 Core::hash() const noexcept;                                              \
-   template bool Core::compare(Zup::DedupHandle const*) const noexcept;                   \
-   template bool Core::compareByContent(Zup::DedupContentHandle const&) const noexcept;   \
-   template auto Core::commSnapshot() const                                               \
-      -> Kiv::Ptr<Core::FamilyTraits::ClassificationListSnapshot>;                              \
-   template void Core::commAppend(Kiv::Ptr<Core::Comm const> const&);                     \
-   template void Core::commVectorSort()
+#define QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(Derived, Family)                      \
+   template auto ExtCommClassificationListCore<Derived, Family>::comm(Family::Key const&)   \
+      const -> Kiv::Ptr<Family::Comm const>;                                                 \
+   template U32 ExtCommClassificationListCore<Derived, Family>::hash() const noexcept;      \
+   template bool ExtCommClassificationListCore<Derived, Family>::compare(                   \
+      Zup::DedupHandle const*) const noexcept;                                             \
+   template bool ExtCommClassificationListCore<Derived, Family>::compareByContent(          \
+      Zup::DedupContentHandle const&) const noexcept;                                      \
+   template auto ExtCommClassificationListCore<Derived, Family>::commSnapshot()             \
+      const -> Kiv::Ptr<Family::ClassificationListSnapshot>;                                 \
+   template void ExtCommClassificationListCore<Derived, Family>::commAppend(                \
+      Kiv::Ptr<Family::Comm const> const&);                                                \
+   template void ExtCommClassificationListCore<Derived, Family>::commVectorSort()
 
-#define QORBGP_INSTANTIATE_LIST_CORE(Core)                                                \
-   template auto Core::comm(Core::Key const&) const -> Kiv::Ptr<Core::Comm const>;        \
-   template U32 Core::totalCommunities() const noexcept;                                  \
-   template auto Core::classificationList(ExtCommClassification) const                    \
-      -> Kiv::Ptr<Core::FamilyTraits::ClassificationList const>;                                \
-   template U32 Core::hash() const noexcept;                                              \
-   template bool Core::compare(Zup::DedupHandle const*) const noexcept;                   \
-   template bool Core::compareByContent(Zup::DedupContentHandle const&) const noexcept;   \
-   template auto Core::commSnapshot() const -> Kiv::Ptr<Core::FamilyTraits::ListSnapshot>;     \
-   template void Core::commAppend(Kiv::Ptr<Core::Comm const> const&);                     \
-   template void Core::commVectorSort();                                                  \
-   template void Core::assertNeverDeduped() const noexcept
+#define QORBGP_INSTANTIATE_LIST_CORE(Derived, Family)                                     \
+   template auto ExtCommListCore<Derived, Family>::comm(Family::Key const&)                \
+      const -> Kiv::Ptr<Family::Comm const>;                                                 \
+   template U32 ExtCommListCore<Derived, Family>::totalCommunities() const noexcept;       \
+   template auto ExtCommListCore<Derived, Family>::classificationList(ExtCommClassification) \
+      const -> Kiv::Ptr<Family::ClassificationList const>;                                   \
+   template U32 ExtCommListCore<Derived, Family>::hash() const noexcept;                   \
+   template bool ExtCommListCore<Derived, Family>::compare(Zup::DedupHandle const*)        \
+      const noexcept;                                                                      \
+   template bool ExtCommListCore<Derived, Family>::compareByContent(                       \
+      Zup::DedupContentHandle const&) const noexcept;                                      \
+   template auto ExtCommListCore<Derived, Family>::commSnapshot()                          \
+      const -> Kiv::Ptr<Family::ListSnapshot>;                                               \
+   template void ExtCommListCore<Derived, Family>::commAppend(                             \
+      Kiv::Ptr<Family::Comm const> const&);                                                \
+   template void ExtCommListCore<Derived, Family>::commVectorSort();                       \
+   template void ExtCommListCore<Derived, Family>::assertNeverDeduped() const noexcept
 
-using ExtCommClassificationListCoreT =
-   ExtCommClassificationListCore<ExtCommClassificationList, ExtCommFamily>;
-using ExtCommIp6ClassificationListCoreT =
-   ExtCommClassificationListCore<ExtCommIp6ClassificationList, ExtCommIp6Family>;
-using ExtCommListCoreT = ExtCommListCore<ExtCommList, ExtCommFamily>;
-using ExtCommIp6ListCoreT = ExtCommListCore<ExtCommIp6List, ExtCommIp6Family>;
-
-QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(ExtCommClassificationListCoreT);
-QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(ExtCommIp6ClassificationListCoreT);
-QORBGP_INSTANTIATE_LIST_CORE(ExtCommListCoreT);
-QORBGP_INSTANTIATE_LIST_CORE(ExtCommIp6ListCoreT);
+QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(ExtCommClassificationList, ExtCommFamily);
+QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(ExtCommIp6ClassificationList, ExtCommIp6Family);
+QORBGP_INSTANTIATE_LIST_CORE(ExtCommList, ExtCommFamily);
+QORBGP_INSTANTIATE_LIST_CORE(ExtCommIp6List, ExtCommIp6Family);
 
 } // namespace Routing::Bgp

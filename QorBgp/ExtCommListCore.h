@@ -31,7 +31,7 @@ class ExtCommClassificationList;
 class ExtCommClassificationListSnapshot;
 class ExtCommListSnapshot;
 class ExtCommIp6;
-class ExtCommIp6Content;
+struct ExtCommIp6Content;
 class ExtCommIp6ClassificationList;
 class ExtCommIp6ClassificationListSnapshot;
 class ExtCommIp6ListSnapshot;
@@ -70,7 +70,6 @@ struct QORBGP_EXPORT ExtCommIp6Family {
 template <class Derived, class Family>
 class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
  public:
-   using FamilyTraits = Family;
    using Comm = typename Family::Comm;
    using Key = typename Family::Key;
    using CommVector = std::vector<Kiv::Ptr<Comm const>>;
@@ -124,7 +123,6 @@ class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
 template <class Derived, class Family>
 class QORBGP_EXPORT ExtCommListCore : public KivHoard::DedupHandle {
  public:
-   using FamilyTraits = Family;
    using Comm = typename Family::Comm;
    using Key = typename Family::Key;
    using CommVector = std::vector<Kiv::Ptr<Comm const>>;

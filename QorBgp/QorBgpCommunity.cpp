@@ -28,14 +28,14 @@ ExtCommContent ExtCommContent::fromStrep(std::string_view text) {
    return ExtCommContent(*word);
 }
 
+U32 ExtCommContent::hash() const noexcept { return Kiv::hashU64(word_, 0); }
+
 ExtComm::ExtComm(ExtCommClassification classification, ExtCommContent const& content) noexcept
     : classification_(classification), content_(content) {}
 
 ExtComm::~ExtComm() = default;
 
 std::string_view ExtComm::fwkType() const noexcept { return "Routing::Bgp::ExtComm"; }
-
-U32 ExtCommContent::hash() const noexcept { return Kiv::hashU64(word_, 0); }
 
 U32 ExtComm::hash() const noexcept { return content_.hash(); }
 

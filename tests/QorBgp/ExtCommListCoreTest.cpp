@@ -1,7 +1,7 @@
 // What both extended list families (ExtCommList over 8-octet values,
 // ExtCommIp6List over IPv6-address-specific ones) share through their common
-// core: publication, classification lists, lookup, identity, wire selection,
-// snapshots and the contract checks. What only one family does is in its own
+// core, ExtCommListCore, as one typed suite: publication, classification
+// lists, lookup, identity, wire selection, snapshots and the contract checks. What only one family does is in its own
 // list's test.
 #include "QorBgp/ExtCommIp6DedupTable.h"
 #include "QorBgp/ExtCommIp6List.h"
