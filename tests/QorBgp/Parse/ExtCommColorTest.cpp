@@ -1,6 +1,6 @@
 #include "QorBgp/Parse/ExtCommColor.h"
 
-#include "ExtCommTestTexts.h"
+#include "ExtCommTestSupport.h"
 #include "QorBgp/Parse/ExtComm.h"
 #include "QorBgp/QorBgpTrace.h"
 

@@ -1,5 +1,6 @@
 #include "QorBgp/Parse/ExtCommParser.h"
 
+#include "ExtCommTestSupport.h"
 #include "QorBgp/Parse/ExtComm.h"
 #include "QorBgp/Parse/ExtCommColor.h"
 #include "QorBgp/Parse/ExtCommDefaultGateway.h"
@@ -17,16 +18,6 @@
 
 namespace Routing::Bgp {
 namespace {
-
-template <class T>
-std::type_index typeOf() {
-   return std::type_index(typeid(T));
-}
-
-template <class T>
-std::type_index typeOf(Kiv::Ptr<T const> const& value) {
-   return std::type_index(typeid(*value));
-}
 
 // Every kind the full container registers: a value of it, and the type,
 // classification and type name the parser must give it.

@@ -1,6 +1,6 @@
 #include "QorBgp/Parse/ExtCommRouteOrigin.h"
 
-#include "ExtCommTestTexts.h"
+#include "ExtCommTestSupport.h"
 
 namespace Routing::Bgp {
 namespace {

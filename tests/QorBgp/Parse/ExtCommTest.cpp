@@ -1,5 +1,6 @@
 #include "QorBgp/Parse/ExtComm.h"
 
+#include "ExtCommTestSupport.h"
 #include "QorBgp/Parse/ExtCommColor.h"
 #include "platform/Errors.h"
 
@@ -9,16 +10,6 @@
 
 namespace Routing::Bgp {
 namespace {
-
-template <class T>
-std::type_index typeOf() {
-   return std::type_index(typeid(T));
-}
-
-template <class T>
-std::type_index typeOf(Kiv::Ptr<T const> const& value) {
-   return std::type_index(typeid(*value));
-}
 
 TEST(ExtCommPlugins, APlugInMadeAfterTheParserStillEquipsIt) {
    auto registry = bgpParseExtCommRuleCollectionsFactory();

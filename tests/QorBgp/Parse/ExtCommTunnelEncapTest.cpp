@@ -1,6 +1,6 @@
 #include "QorBgp/Parse/ExtCommTunnelEncap.h"
 
-#include "ExtCommTestTexts.h"
+#include "ExtCommTestSupport.h"
 
 namespace Routing::Bgp {
 namespace {

@@ -1,5 +1,6 @@
-// The text rows of the typed kinds' tests: a value, the format to render it
-// in (or `diagnostic` for its toStrep()), and the exact text expected.
+// What the recognition tests share: the dynamic type of a recognised value,
+// and the text rows of the typed kinds' tests (a value, the format to render
+// it in, or `diagnostic` for its toStrep(), and the exact text expected).
 #pragma once
 
 #include "QorBgp/QorBgpCommunity.h"
@@ -8,6 +9,21 @@
 
 #include <initializer_list>
 #include <string>
+#include <typeindex>
+
+namespace Routing::Bgp {
+
+template <class T>
+std::type_index typeOf() {
+   return std::type_index(typeid(T));
+}
+
+template <class T>
+std::type_index typeOf(Kiv::Ptr<T const> const& value) {
+   return std::type_index(typeid(*value));
+}
+
+} // namespace Routing::Bgp
 
 namespace Routing::Bgp::kindTexts {
 
