@@ -10,13 +10,13 @@ namespace Routing::Bgp {
 template <class Derived, class Family>
 auto ExtCommClassificationListCore<Derived, Family>::comm(Key const& community) const
    -> Kiv::Ptr<Comm const> {
-   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community);
+   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community, qorAssertUnit);
 }
 
 template <class Derived, class Family>
 U32 ExtCommClassificationListCore<Derived, Family>::hash() const noexcept {
    QOR_ASSERT_TEXT(derived().commVectorSorted(), "commVectorSorted()");
-   return detail::ExtCommIdentityHash(comms_);
+   return detail::ExtCommIdentityHash(comms_, qorAssertUnit);
 }
 
 template <class Derived, class Family>
@@ -44,7 +44,7 @@ auto ExtCommClassificationListCore<Derived, Family>::commSnapshot() const
 
 template <class Derived, class Family>
 void ExtCommClassificationListCore<Derived, Family>::commAppend(Kiv::Ptr<Comm const> const& comm) {
-   detail::ExtCommVectorAdd(comm, comms_);
+   detail::ExtCommVectorAdd(comm, comms_, qorAssertUnit);
 }
 
 template <class Derived, class Family>
@@ -54,7 +54,7 @@ void ExtCommClassificationListCore<Derived, Family>::commVectorSort() {
 
 template <class Derived, class Family>
 auto ExtCommListCore<Derived, Family>::comm(Key const& community) const -> Kiv::Ptr<Comm const> {
-   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community);
+   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community, qorAssertUnit);
 }
 
 template <class Derived, class Family>
@@ -76,7 +76,7 @@ auto ExtCommListCore<Derived, Family>::classificationList(
 
 template <class Derived, class Family>
 U32 ExtCommListCore<Derived, Family>::hash() const noexcept {
-   return detail::ExtCommIdentityHash(derived().classificationLists());
+   return detail::ExtCommIdentityHash(derived().classificationLists(), qorAssertUnit);
 }
 
 template <class Derived, class Family>
@@ -108,7 +108,7 @@ auto ExtCommListCore<Derived, Family>::commSnapshot() const
 
 template <class Derived, class Family>
 void ExtCommListCore<Derived, Family>::commAppend(Kiv::Ptr<Comm const> const& comm) {
-   detail::ExtCommVectorAdd(comm, comms_);
+   detail::ExtCommVectorAdd(comm, comms_, qorAssertUnit);
 }
 
 template <class Derived, class Family>

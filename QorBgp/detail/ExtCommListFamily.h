@@ -6,7 +6,8 @@
 //
 // An element of a value vector is a counted pointer to an interned value with
 // a `community()` sort key and a `classification()`; vectors are ascending in
-// that key once sorted.
+// that key once sorted. The functions that assert take the unit their
+// assertions print (the calling list's).
 #pragma once
 
 #include "QorBgp/QorBgpCommunityPacketTypes.h"
@@ -28,11 +29,10 @@
 
 namespace Routing::Bgp::detail {
 
-
 // Appends `comm`, which must be set and interned (or restored), taking a
 // reference.
 template <class Element, class Vector>
-void ExtCommVectorAdd(Element const& comm, Vector& vector) {
+void ExtCommVectorAdd(Element const& comm, Vector& vector, char const* qorAssertUnit) {
    QOR_ASSERT_TEXT(comm != nullptr, "__null != comm");
    QOR_ASSERT_TEXT(comm == nullptr || comm->dedupState() != Zup::dedupHandleStateNeverDeduped(),
                    "__null == ( comm ) || ( comm )->dedupState() != "
@@ -83,7 +83,7 @@ void ExtCommVectorSort(Vector& vector) {
 // be sorted (fatal "commVectorSorted" otherwise).
 template <class Vector, class Key>
 typename Vector::value_type ExtCommVectorLookup(bool sorted, Vector const& vector,
-                                                Key const& community) {
+                                                Key const& community, char const* qorAssertUnit) {
    using Element = typename Vector::value_type;
    QOR_ASSERT_TEXT(sorted, "commVectorSorted");
    auto it = std::lower_bound(vector.begin(), vector.end(), community,
@@ -104,7 +104,7 @@ typename Vector::value_type ExtCommVectorLookup(bool sorted, Vector const& vecto
 // contents are the same objects, so equal lists of them hash equally. Every
 // object must be interned.
 template <class Vector>
-U32 ExtCommIdentityHash(Vector const& objects) noexcept {
+U32 ExtCommIdentityHash(Vector const& objects, char const* qorAssertUnit) noexcept {
    U32 hash = 0;
    for (auto const& p : objects) {
       if (!p) {
