@@ -23,6 +23,16 @@ bool isTransitive(ExtCommIp6 const& comm) noexcept {
    return detail::isTransitiveType(comm.getContent().type);
 }
 
+// The list for `classification` in `lists`, created (and the vector grown
+// with null entries) when there is none yet.
+ExtCommIp6ClassificationList&
+ExtCommIp6ListFindOrCreateClassificationList(ExtCommIp6List::ClassificationListVector& lists,
+                                             ExtCommClassification classification) {
+   return detail::findOrCreateClassificationList(lists, classification,
+                                                 extCommIp6ClassificationListFactory,
+                                                 [](ExtCommIp6ClassificationList const&) {});
+}
+
 } // namespace
 
 ExtCommIp6List::ExtCommIp6List() { classificationLists_.reserve(classificationCount); }
@@ -50,8 +60,9 @@ ExtCommIp6List::PtrConst ExtCommIp6List::dedup(ExtCommIp6ListDedupTable const* t
    assertNeverDeduped();
    sortComms();
    classificationLists_.clear();
-   detail::splitByClassification(commVector(), classificationLists_, extCommIp6ClassificationListFactory,
-                                 [](ExtCommIp6ClassificationList const&) {});
+   detail::splitByClassification(commVector(), [this](ExtCommClassification classification) -> auto& {
+      return ExtCommIp6ListFindOrCreateClassificationList(classificationLists_, classification);
+   });
    detail::publishClassificationLists(classificationLists_, table, qorAssertUnit);
    return table->dedupAs<ExtCommIp6List>(PtrConst(this));
 }

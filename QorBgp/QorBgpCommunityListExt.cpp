@@ -78,20 +78,22 @@ void ExtCommList::createClassificationListVector(bool dedupMode) {
    attrs_.bitIs(CommVectorAttrs::hasLinkBandwidthBit, false);
    attrs_.bitIs(CommVectorAttrs::hasPolicyMatchStrepUICommunitiesBit, false);
 
-   detail::splitByClassification(
-      commVector(), classificationLists_,
-      [dedupMode](ExtCommClassification classification) {
-         ExtCommClassificationList::Ptr created = newClassificationList(classification);
-         if (!dedupMode) {
-            created->dedupStateIs(Zup::DedupState::local);
-         }
-         return created;
-      },
-      [dedupMode](ExtCommClassificationList const& existing) {
-         QOR_ASSERT_TEXT(!dedupMode || existing.dedupState() == Zup::dedupHandleStateNeverDeduped(),
-                         "__null == ( _classificationList ) || ( _classificationList )->dedupState() "
-                         "== Zup::dedupHandleStateNeverDeduped()");
-      });
+   auto create = [dedupMode](ExtCommClassification classification) {
+      ExtCommClassificationList::Ptr created = newClassificationList(classification);
+      if (!dedupMode) {
+         created->dedupStateIs(Zup::DedupState::local);
+      }
+      return created;
+   };
+   auto reuse = [dedupMode](ExtCommClassificationList const& existing) {
+      QOR_ASSERT_TEXT(!dedupMode || existing.dedupState() == Zup::dedupHandleStateNeverDeduped(),
+                      "__null == ( _classificationList ) || ( _classificationList )->dedupState() "
+                      "== Zup::dedupHandleStateNeverDeduped()");
+   };
+   detail::splitByClassification(commVector(), [&](ExtCommClassification classification) -> auto& {
+      return detail::findOrCreateClassificationList(classificationLists_, classification, create,
+                                                    reuse);
+   });
    for (ExtComm::PtrConst const& comm : commVector()) {
       if (dedupMode) {
          totalTransitiveCommunities_ += isTransitive(*comm) ? 1 : 0;

@@ -45,6 +45,12 @@ bool ExtCommSortFn(Element const& a, Element const& b) noexcept {
    return a->community() < b->community();
 }
 
+// Whether two elements have equal content.
+template <class Element>
+bool ExtCommCompareFn(Element const& a, Element const& b) noexcept {
+   return a->community() == b->community();
+}
+
 template <class Element, class Key>
 bool ExtCommSortFnValue(Element const& comm, Key const& value) noexcept {
    return comm->community() < value;
@@ -72,9 +78,7 @@ template <class Vector>
 void ExtCommVectorSort(Vector& vector) {
    using Element = typename Vector::value_type;
    std::sort(vector.begin(), vector.end(), ExtCommSortFn<Element>);
-   auto last = std::unique(vector.begin(), vector.end(), [](Element const& a, Element const& b) {
-      return a->community() == b->community();
-   });
+   auto last = std::unique(vector.begin(), vector.end(), ExtCommCompareFn<Element>);
    vector.erase(last, vector.end());
    trimCapacity(vector);
 }
@@ -131,25 +135,32 @@ inline bool isTransitiveType(U8 typeOctet) noexcept {
    return (typeOctet & nonTransitiveTypeBit) == 0;
 }
 
-// Appends every value of the sorted `comms` to the list of its
-// classification in `lists` (indexed by classification, grown with nulls).
-// A missing list is made by `create(classification)`; a list already there
-// is first handed to `reuse(list)`, which may check it. The lists are the
+// The list of `classification` in `lists` (indexed by classification, grown
+// with nulls): the one there, first handed to `reuse(list)`, which may check
+// it, or a new one made by `create(classification)`. The lists are the
 // builder's own until they are interned, hence the cast.
-template <class ListVector, class Comms, class Create, class Reuse>
-void splitByClassification(Comms const& comms, ListVector& lists, Create create, Reuse reuse) {
+template <class ListVector, class Create, class Reuse>
+auto& findOrCreateClassificationList(ListVector& lists, ExtCommClassification classification,
+                                     Create create, Reuse reuse) {
    using List = std::remove_cvref_t<decltype(*std::declval<typename ListVector::value_type>())>;
+   std::size_t const k = classification;
+   if (k >= lists.size()) {
+      lists.resize(k + 1);
+   }
+   if (lists[k]) {
+      reuse(*lists[k]);
+   } else {
+      lists[k] = create(classification);
+   }
+   return *const_cast<List*>(lists[k].get());
+}
+
+// Appends every value of `comms` to the list `findOrCreate(classification)`
+// gives for its classification.
+template <class Comms, class FindOrCreate>
+void splitByClassification(Comms const& comms, FindOrCreate findOrCreate) {
    for (auto const& comm : comms) {
-      std::size_t const k = comm->classification();
-      if (k >= lists.size()) {
-         lists.resize(k + 1);
-      }
-      if (lists[k]) {
-         reuse(*lists[k]);
-      } else {
-         lists[k] = create(comm->classification());
-      }
-      const_cast<List*>(lists[k].get())->commIs(comm);
+      findOrCreate(comm->classification()).commIs(comm);
    }
 }
 
