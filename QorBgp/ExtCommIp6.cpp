@@ -202,8 +202,7 @@ void ExtCommIp6::formatDerivedType(std::ostream& os) const {
       formatSubtype(os);
    }
    // The number goes in as text, so that a caller's std::hex cannot change it.
-   os << " addr=" << content_.addr << " localAdmin=" << std::to_string(content_.localAdmin)
-      << '>';
+   os << " addr=" << content_.addr << " localAdmin=" << std::to_string(content_.localAdmin) << '>';
 }
 
 void ExtCommIp6::formatSubtype(std::ostream& os) const {

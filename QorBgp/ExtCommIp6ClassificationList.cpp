@@ -20,9 +20,7 @@ std::string_view ExtCommIp6ClassificationList::fwkType() const noexcept {
    return "Routing::Bgp::ExtCommIp6ClassificationList";
 }
 
-void ExtCommIp6ClassificationList::commIs(ExtCommIp6::PtrConst const& comm) {
-   commAppend(comm);
-}
+void ExtCommIp6ClassificationList::commIs(ExtCommIp6::PtrConst const& comm) { commAppend(comm); }
 
 ExtCommIp6ClassificationList::PtrConst
 ExtCommIp6ClassificationList::dedup(ExtCommIp6ListDedupTable const* table) {

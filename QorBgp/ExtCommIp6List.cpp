@@ -4,8 +4,8 @@
 #include "QorBgp/QorBgpSerialize.h"
 #include "QorBgp/detail/DehoardList.h"
 #include "QorBgp/detail/ExtCommListFamily.h"
-#include "platform/Hoard.h"
 #include "platform/Errors.h"
+#include "platform/Hoard.h"
 
 #include <ostream>
 
@@ -60,17 +60,18 @@ ExtCommIp6List::PtrConst ExtCommIp6List::dedup(ExtCommIp6ListDedupTable const* t
    assertNeverDeduped();
    sortComms();
    classificationLists_.clear();
-   detail::splitByClassification(commVector(), [this](ExtCommClassification classification) -> auto& {
-      return ExtCommIp6ListFindOrCreateClassificationList(classificationLists_, classification);
-   });
+   detail::splitByClassification(
+      commVector(), [this](ExtCommClassification classification) -> auto& {
+         return ExtCommIp6ListFindOrCreateClassificationList(classificationLists_, classification);
+      });
    detail::publishClassificationLists(classificationLists_, table, qorAssertUnit);
    return table->dedupAs<ExtCommIp6List>(PtrConst(this));
 }
 
 std::string ExtCommIp6List::serialize(bool all) const {
    return detail::serializeSelected(
-      extCommunityIp6, valueSize, all ? totalCommunities() : totalTransitiveCommunities_, commVector(),
-      [all](ExtCommIp6::PtrConst const& comm) { return all || isTransitive(*comm); },
+      extCommunityIp6, valueSize, all ? totalCommunities() : totalTransitiveCommunities_,
+      commVector(), [all](ExtCommIp6::PtrConst const& comm) { return all || isTransitive(*comm); },
       [](SerializePathAttribute& out, ExtCommIp6::PtrConst const& comm) {
          ExtCommIp6Content const content = comm->community();
          out.addU8(content.type);

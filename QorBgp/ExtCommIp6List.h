@@ -58,7 +58,9 @@ class QORBGP_EXPORT ExtCommIp6List : public ExtCommListCore<ExtCommIp6List, ExtC
    U32 totalTransitiveCommunities() const noexcept { return totalTransitiveCommunities_; }
    bool commVectorSorted() const noexcept { return commVectorSorted_; }
    // Indexed by classification; null where no member has that classification.
-   ClassificationListVector const& classificationLists() const noexcept { return classificationLists_; }
+   ClassificationListVector const& classificationLists() const noexcept {
+      return classificationLists_;
+   }
 
    // The attribute (type 25, flags 0xC0, 20 bytes per value: type, subtype,
    // address, local administrator in network order) holding every member

@@ -10,7 +10,8 @@ namespace Routing::Bgp {
 template <class Derived, class Family>
 auto ExtCommClassificationListCore<Derived, Family>::comm(Key const& community) const
    -> Kiv::Ptr<Comm const> {
-   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community, qorAssertUnit);
+   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community,
+                                      qorAssertUnit);
 }
 
 template <class Derived, class Family>
@@ -54,7 +55,8 @@ void ExtCommClassificationListCore<Derived, Family>::commVectorSort() {
 
 template <class Derived, class Family>
 auto ExtCommListCore<Derived, Family>::comm(Key const& community) const -> Kiv::Ptr<Comm const> {
-   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community, qorAssertUnit);
+   return detail::ExtCommVectorLookup(derived().commVectorSorted(), comms_, community,
+                                      qorAssertUnit);
 }
 
 template <class Derived, class Family>
@@ -64,9 +66,8 @@ U32 ExtCommListCore<Derived, Family>::totalCommunities() const noexcept {
 }
 
 template <class Derived, class Family>
-auto ExtCommListCore<Derived, Family>::classificationList(
-   ExtCommClassification classification) const
-   -> Kiv::Ptr<typename Family::ClassificationList const> {
+auto ExtCommListCore<Derived, Family>::classificationList(ExtCommClassification classification)
+   const -> Kiv::Ptr<typename Family::ClassificationList const> {
    QOR_ASSERT_TEXT(dedupState() != Zup::dedupHandleStateNeverDeduped(),
                    "__null == ( this ) || ( this )->dedupState() != "
                    "Zup::dedupHandleStateNeverDeduped()");
@@ -126,36 +127,36 @@ void ExtCommListCore<Derived, Family>::assertNeverDeduped() const noexcept {
 // The members defined here, for both families. Members one at a time rather
 // than whole classes, so that the inline accessors stay out of the library's
 // exported symbols.
-#define QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(Derived, Family)                      \
-   template auto ExtCommClassificationListCore<Derived, Family>::comm(Family::Key const&)   \
-      const -> Kiv::Ptr<Family::Comm const>;                                                 \
-   template U32 ExtCommClassificationListCore<Derived, Family>::hash() const noexcept;      \
-   template bool ExtCommClassificationListCore<Derived, Family>::compare(                   \
-      Zup::DedupHandle const*) const noexcept;                                             \
-   template bool ExtCommClassificationListCore<Derived, Family>::compareByContent(          \
-      Zup::DedupContentHandle const&) const noexcept;                                      \
-   template auto ExtCommClassificationListCore<Derived, Family>::commSnapshot()             \
-      const -> Kiv::Ptr<Family::ClassificationListSnapshot>;                                 \
-   template void ExtCommClassificationListCore<Derived, Family>::commAppend(                \
-      Kiv::Ptr<Family::Comm const> const&);                                                \
+#define QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(Derived, Family)                               \
+   template auto ExtCommClassificationListCore<Derived, Family>::comm(Family::Key const&)          \
+      const -> Kiv::Ptr<Family::Comm const>;                                                       \
+   template U32 ExtCommClassificationListCore<Derived, Family>::hash() const noexcept;             \
+   template bool ExtCommClassificationListCore<Derived, Family>::compare(Zup::DedupHandle const*)  \
+      const noexcept;                                                                              \
+   template bool ExtCommClassificationListCore<Derived, Family>::compareByContent(                 \
+      Zup::DedupContentHandle const&) const noexcept;                                              \
+   template auto ExtCommClassificationListCore<Derived, Family>::commSnapshot()                    \
+      const -> Kiv::Ptr<Family::ClassificationListSnapshot>;                                       \
+   template void ExtCommClassificationListCore<Derived, Family>::commAppend(                       \
+      Kiv::Ptr<Family::Comm const> const&);                                                        \
    template void ExtCommClassificationListCore<Derived, Family>::commVectorSort()
 
-#define QORBGP_INSTANTIATE_LIST_CORE(Derived, Family)                                     \
-   template auto ExtCommListCore<Derived, Family>::comm(Family::Key const&)                \
-      const -> Kiv::Ptr<Family::Comm const>;                                                 \
-   template U32 ExtCommListCore<Derived, Family>::totalCommunities() const noexcept;       \
-   template auto ExtCommListCore<Derived, Family>::classificationList(ExtCommClassification) \
-      const -> Kiv::Ptr<Family::ClassificationList const>;                                   \
-   template U32 ExtCommListCore<Derived, Family>::hash() const noexcept;                   \
-   template bool ExtCommListCore<Derived, Family>::compare(Zup::DedupHandle const*)        \
-      const noexcept;                                                                      \
-   template bool ExtCommListCore<Derived, Family>::compareByContent(                       \
-      Zup::DedupContentHandle const&) const noexcept;                                      \
-   template auto ExtCommListCore<Derived, Family>::commSnapshot()                          \
-      const -> Kiv::Ptr<Family::ListSnapshot>;                                               \
-   template void ExtCommListCore<Derived, Family>::commAppend(                             \
-      Kiv::Ptr<Family::Comm const> const&);                                                \
-   template void ExtCommListCore<Derived, Family>::commVectorSort();                       \
+#define QORBGP_INSTANTIATE_LIST_CORE(Derived, Family)                                              \
+   template auto ExtCommListCore<Derived, Family>::comm(Family::Key const&)                        \
+      const -> Kiv::Ptr<Family::Comm const>;                                                       \
+   template U32 ExtCommListCore<Derived, Family>::totalCommunities() const noexcept;               \
+   template auto ExtCommListCore<Derived, Family>::classificationList(ExtCommClassification)       \
+      const -> Kiv::Ptr<Family::ClassificationList const>;                                         \
+   template U32 ExtCommListCore<Derived, Family>::hash() const noexcept;                           \
+   template bool ExtCommListCore<Derived, Family>::compare(Zup::DedupHandle const*)                \
+      const noexcept;                                                                              \
+   template bool ExtCommListCore<Derived, Family>::compareByContent(                               \
+      Zup::DedupContentHandle const&) const noexcept;                                              \
+   template auto ExtCommListCore<Derived, Family>::commSnapshot()                                  \
+      const -> Kiv::Ptr<Family::ListSnapshot>;                                                     \
+   template void ExtCommListCore<Derived, Family>::commAppend(                                     \
+      Kiv::Ptr<Family::Comm const> const&);                                                        \
+   template void ExtCommListCore<Derived, Family>::commVectorSort();                               \
    template void ExtCommListCore<Derived, Family>::assertNeverDeduped() const noexcept
 
 QORBGP_INSTANTIATE_CLASSIFICATION_LIST_CORE(ExtCommClassificationList, ExtCommFamily);

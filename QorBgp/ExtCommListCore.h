@@ -47,7 +47,8 @@ struct QORBGP_EXPORT ExtCommFamily {
    static constexpr char const* listUnit = "QorBgpCommunityList";
    // The snapshot classes' names, as their error messages give them.
    static constexpr char const* listSnapshotName = "ExtCommListSnapshot";
-   static constexpr char const* classificationListSnapshotName = "ExtCommClassificationListSnapshot";
+   static constexpr char const* classificationListSnapshotName =
+      "ExtCommClassificationListSnapshot";
    static constexpr char const* classificationListUnit = "QorBgpCommunityList";
 };
 

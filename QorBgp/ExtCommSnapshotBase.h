@@ -66,8 +66,8 @@ class ExtCommClassificationListSnapshotBase : public Kiv::Notifier {
    // Inserts or replaces the entry of the value's content. Kiv::NullArgumentError
    // for a null value.
    void commIs(Kiv::Ptr<Comm const> const& comm) {
-      detail::snapshotEntryIs(comm_, comm, detail::communityOf<Comm>, Family::classificationListSnapshotName,
-                              "::commIs: null comm");
+      detail::snapshotEntryIs(comm_, comm, detail::communityOf<Comm>,
+                              Family::classificationListSnapshotName, "::commIs: null comm");
    }
    void commDel(Key const& community) { comm_.erase(community); }
    void commDel(typename CommMap::const_iterator it) { comm_.erase(it->first); }

@@ -31,7 +31,6 @@
 #include <string>
 #include <string_view>
 
-
 namespace Routing::Bgp {
 
 class ExtCommDedupTable;

@@ -16,9 +16,9 @@
 // keyed, notifying copies for consumers that react entry by entry.
 #pragma once
 
-#include "QorBgp/QorBgpCommunity.h"
 #include "QorBgp/ExtCommListCore.h"
 #include "QorBgp/ExtCommSnapshotBase.h"
+#include "QorBgp/QorBgpCommunity.h"
 #include "platform/BitSetValue.h"
 #include "platform/NotifyingCollections.h"
 
@@ -80,7 +80,9 @@ class QORBGP_EXPORT ExtCommClassificationList
  protected:
    // Marks the list prunable when `comm` (just appended) calls for it.
    virtual void checkPrunable(ExtComm::PtrConst const& comm);
-   void hasPrunableValuesIs() noexcept { attrs_.bitIs(CommVectorAttrs::hasPrunableValuesBit, true); }
+   void hasPrunableValuesIs() noexcept {
+      attrs_.bitIs(CommVectorAttrs::hasPrunableValuesBit, true);
+   }
 
  private:
    CommVectorAttrs attrs_;

@@ -1,13 +1,13 @@
 #include "QorBgp/QorBgpCommunityListExt.h"
 
 #include "QorBgp/QorBgpCommunityListExtDedupTable.h"
-#include "QorBgp/detail/DehoardList.h"
-#include "QorBgp/detail/ExtCommListFamily.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpSerialize.h"
 #include "QorBgp/QorBgpTrace.h"
-#include "platform/Hoard.h"
+#include "QorBgp/detail/DehoardList.h"
+#include "QorBgp/detail/ExtCommListFamily.h"
 #include "platform/Errors.h"
+#include "platform/Hoard.h"
 
 namespace Routing::Bgp {
 
@@ -90,10 +90,11 @@ void ExtCommList::createClassificationListVector(bool dedupMode) {
                       "__null == ( _classificationList ) || ( _classificationList )->dedupState() "
                       "== Zup::dedupHandleStateNeverDeduped()");
    };
-   detail::splitByClassification(commVector(), [&](ExtCommClassification classification) -> auto& {
-      return detail::findOrCreateClassificationList(classificationLists_, classification, create,
-                                                    reuse);
-   });
+   detail::splitByClassification(
+      commVector(), [&](ExtCommClassification classification) -> auto& {
+         return detail::findOrCreateClassificationList(classificationLists_, classification, create,
+                                                       reuse);
+      });
    for (ExtComm::PtrConst const& comm : commVector()) {
       if (dedupMode) {
          totalTransitiveCommunities_ += isTransitive(*comm) ? 1 : 0;

@@ -103,7 +103,9 @@ class QORBGP_EXPORT ExtCommList : public ExtCommListCore<ExtCommList, ExtCommFam
 
    // Reading.
    U32 totalTransitiveCommunities() const noexcept { return totalTransitiveCommunities_; }
-   ClassificationListVector const& classificationLists() const noexcept { return classificationLists_; }
+   ClassificationListVector const& classificationLists() const noexcept {
+      return classificationLists_;
+   }
 
    CommVectorAttrs commVectorAttrs() const noexcept { return attrs_; }
    bool commVectorSorted() const noexcept { return attrs_.has(CommVectorAttrs::sortedBit); }

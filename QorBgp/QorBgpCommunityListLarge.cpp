@@ -3,9 +3,9 @@
 #include "QorBgp/QorBgpCommunityListDedupTable.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpCommunityListHoard.h"
-#include "QorBgp/detail/CommListVector.h"
 #include "QorBgp/QorBgpSerialize.h"
 #include "QorBgp/QorBgpTrace.h"
+#include "QorBgp/detail/CommListVector.h"
 #include "platform/Hoard.h"
 #include "platform/PosixRegex.h"
 

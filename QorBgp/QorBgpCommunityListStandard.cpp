@@ -3,13 +3,13 @@
 #include "QorBgp/QorBgpCommunityListDedupTable.h"
 #include "QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgp/QorBgpCommunityListHoard.h"
-#include "QorBgp/detail/CommListThreadCache.h"
-#include "QorBgp/detail/CommListVector.h"
 #include "QorBgp/QorBgpSerialize.h"
 #include "QorBgp/QorBgpTrace.h"
-#include "platform/Hoard.h"
+#include "QorBgp/detail/CommListThreadCache.h"
+#include "QorBgp/detail/CommListVector.h"
 #include "platform/DynamicBuffer.h"
 #include "platform/FeatureToggle.h"
+#include "platform/Hoard.h"
 #include "platform/PosixRegex.h"
 
 #include <atomic>

@@ -6,9 +6,9 @@
 
 #include "platform/Dedup.h"
 #include "platform/DynamicBuffer.h"
-#include "platform/HoardFwd.h"
 #include "platform/Enum.h"
 #include "platform/Export.h"
+#include "platform/HoardFwd.h"
 #include "platform/Notifier.h"
 #include "platform/NotifyingCollections.h"
 #include "platform/Ptr.h"

@@ -40,10 +40,10 @@ inline constexpr char const* qorAssertUnit = nullptr;
 // QOR_ASSERT_UNIT("Module"): declares the unit of the code after it in this
 // file. Use it inside the file's namespace (not the global one), after the
 // includes, so that code from headers keeps its own unit.
-#define QOR_ASSERT_UNIT(name)                                                            \
-   namespace {                                                                           \
-   [[maybe_unused]] constexpr char const* qorAssertUnit = name;                          \
-   }                                                                                     \
+#define QOR_ASSERT_UNIT(name)                                                                      \
+   namespace {                                                                                     \
+   [[maybe_unused]] constexpr char const* qorAssertUnit = name;                                    \
+   }                                                                                               \
    static_assert(true, "")
 
 // QOR_ASSERT(cond): the condition's source text is the message.
@@ -51,8 +51,8 @@ inline constexpr char const* qorAssertUnit = nullptr;
 
 // QOR_ASSERT_TEXT(cond, text): for conditions whose fixed message differs from
 // the expression that checks it.
-#define QOR_ASSERT_TEXT(cond, text)                                                      \
-   do {                                                                                  \
-      if (!(cond)) [[unlikely]]                                                          \
-         ::Kiv::assertionFailed(text, qorAssertUnit, __FILE__, __LINE__);                \
+#define QOR_ASSERT_TEXT(cond, text)                                                                \
+   do {                                                                                            \
+      if (!(cond)) [[unlikely]]                                                                    \
+         ::Kiv::assertionFailed(text, qorAssertUnit, __FILE__, __LINE__);                          \
    } while (0)

@@ -40,7 +40,7 @@ int main() {
              << "shared:   " << shared << '\n'
              << "matches:  " << comms->matchCommunitiesRegex(&noExport) << '\n'
              << "extended: " << extComms->toStrep() << '\n'
-             << "wire:     "
-             << hexBytes({reinterpret_cast<U8 const*>(wire.data()), wire.size()}) << '\n';
+             << "wire:     " << hexBytes({reinterpret_cast<U8 const*>(wire.data()), wire.size()})
+             << '\n';
    return 0;
 }

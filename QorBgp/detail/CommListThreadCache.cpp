@@ -17,8 +17,7 @@ CommList::PtrConst CommListThreadCache::find(Zup::DedupHashTable const& table,
    }
    Entry& entry = entries_[hash & (entryCount - 1)];
    if (entry.list == nullptr || entry.tableSerial != table.serial() || entry.hash != hash ||
-       entry.count != values.size() ||
-       !std::equal(values.begin(), values.end(), entry.values)) {
+       entry.count != values.size() || !std::equal(values.begin(), values.end(), entry.values)) {
       return nullptr;
    }
    if (entry.references == 1) {
@@ -32,7 +31,8 @@ CommList::PtrConst CommListThreadCache::find(Zup::DedupHashTable const& table,
    return CommList::PtrConst::adopt(entry.list);
 }
 
-void CommListThreadCache::remember(Zup::DedupHashTable const& table, CommList const& list) noexcept {
+void CommListThreadCache::remember(Zup::DedupHashTable const& table,
+                                   CommList const& list) noexcept {
    if (!entries_) {
       entries_.reset(new (std::nothrow) Entry[entryCount]);
       if (!entries_) {
@@ -49,8 +49,8 @@ void CommListThreadCache::remember(Zup::DedupHashTable const& table, CommList co
    }
    drop(entry);
    list.referencesInc();
-   entry = Entry{table.serial(), &list, list.commVectorRawPtr()->data(), list.comms(), list.hash(),
-                 1, 0};
+   entry = Entry{
+      table.serial(), &list, list.commVectorRawPtr()->data(), list.comms(), list.hash(), 1, 0};
 }
 
 void CommListThreadCache::clear() noexcept {

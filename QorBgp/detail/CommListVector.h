@@ -42,8 +42,8 @@ void commVectorNormalize(std::vector<T>& comms) noexcept {
 template <class T>
 std::span<T> sortUnique(std::span<T> values) noexcept {
    std::sort(values.begin(), values.end());
-   return values.first(static_cast<std::size_t>(std::unique(values.begin(), values.end()) -
-                                                values.begin()));
+   return values.first(
+      static_cast<std::size_t>(std::unique(values.begin(), values.end()) - values.begin()));
 }
 
 // Membership in a vector that commVectorNormalize has sorted.

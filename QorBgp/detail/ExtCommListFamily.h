@@ -90,8 +90,8 @@ typename Vector::value_type ExtCommVectorLookup(bool sorted, Vector const& vecto
                                                 Key const& community, char const* qorAssertUnit) {
    using Element = typename Vector::value_type;
    QOR_ASSERT_TEXT(sorted, "commVectorSorted");
-   auto it = std::lower_bound(vector.begin(), vector.end(), community,
-                              ExtCommSortFnValue<Element, Key>);
+   auto it =
+      std::lower_bound(vector.begin(), vector.end(), community, ExtCommSortFnValue<Element, Key>);
    if (it == vector.end()) {
       return nullptr;
    }

@@ -31,8 +31,8 @@ class ExtCommIp6ListTest : public testing::Test {
 };
 
 TEST_F(ExtCommIp6ListTest, PolicyAndDiagnosticTexts) {
-   ExtCommIp6List::PtrConst list = publish(
-      {content(0x40, 0x05, "::1", 0xfffe), content(0x00, 0x02, "2001:db8::1", 0x0102)});
+   ExtCommIp6List::PtrConst list =
+      publish({content(0x40, 0x05, "::1", 0xfffe), content(0x00, 0x02, "2001:db8::1", 0x0102)});
    EXPECT_EQ(list->commsStringForm(), "2001:db8::1:258 ::1:65534 ");
    EXPECT_EQ(publish({})->commsStringForm(), "");
    std::string const members =

@@ -1,8 +1,8 @@
 // What both extended list families (ExtCommList over 8-octet values,
 // ExtCommIp6List over IPv6-address-specific ones) share through their common
 // core, ExtCommListCore, as one typed suite: publication, classification
-// lists, lookup, identity, wire selection, snapshots and the contract checks. What only one family does is in its own
-// list's test.
+// lists, lookup, identity, wire selection, snapshots and the contract checks. What only one family
+// does is in its own list's test.
 #include "QorBgp/ExtCommIp6DedupTable.h"
 #include "QorBgp/ExtCommIp6List.h"
 #include "QorBgp/Parse/ExtComm.h"
@@ -55,9 +55,13 @@ struct EightOctet {
    static constexpr char const* listSnapshot = "ExtCommListSnapshot";
    static constexpr char const* classificationListSnapshot = "ExtCommClassificationListSnapshot";
    // Of {key(RouteTarget, true, 1), key(Color, true, 2), key(UnSpecified, false, 3)}.
-   static constexpr char const* allWire =
-      "c01018" "8001000000000001" "8008000000000002" "c000000000000003";
-   static constexpr char const* transitiveWire = "c01010" "8001000000000001" "8008000000000002";
+   static constexpr char const* allWire = "c01018"
+                                          "8001000000000001"
+                                          "8008000000000002"
+                                          "c000000000000003";
+   static constexpr char const* transitiveWire = "c01010"
+                                                 "8001000000000001"
+                                                 "8008000000000002";
    // The most values under the one-octet length, and one more.
    static constexpr U8 shortMax = 31;
    static constexpr char const* shortMaxHeader = "c010f8";
@@ -95,12 +99,22 @@ struct Ip6 {
    static constexpr char const* listSnapshot = "ExtCommIp6ListSnapshot";
    static constexpr char const* classificationListSnapshot = "ExtCommIp6ClassificationListSnapshot";
    static constexpr char const* allWire = "c0193c"
-                                          "0001" "20010db8000000000000000000000001" "0001"
-                                          "0008" "20010db8000000000000000000000002" "0002"
-                                          "4000" "20010db8000000000000000000000003" "0003";
+                                          "0001"
+                                          "20010db8000000000000000000000001"
+                                          "0001"
+                                          "0008"
+                                          "20010db8000000000000000000000002"
+                                          "0002"
+                                          "4000"
+                                          "20010db8000000000000000000000003"
+                                          "0003";
    static constexpr char const* transitiveWire = "c01928"
-                                                 "0001" "20010db8000000000000000000000001" "0001"
-                                                 "0008" "20010db8000000000000000000000002" "0002";
+                                                 "0001"
+                                                 "20010db8000000000000000000000001"
+                                                 "0001"
+                                                 "0008"
+                                                 "20010db8000000000000000000000002"
+                                                 "0002";
    static constexpr U8 shortMax = 12;
    static constexpr char const* shortMaxHeader = "c019f0";
    static constexpr char const* longMinHeader = "d0190104";
@@ -108,7 +122,9 @@ struct Ip6 {
 
 struct FamilyNames {
    template <class T>
-   static std::string GetName(int) { return std::is_same_v<T, EightOctet> ? "EightOctet" : "Ip6"; }
+   static std::string GetName(int) {
+      return std::is_same_v<T, EightOctet> ? "EightOctet" : "Ip6";
+   }
 };
 
 std::string hex(std::string const& bytes) {
@@ -164,8 +180,8 @@ TYPED_TEST_SUITE(ExtCommListFamilyTest, Families, FamilyNames);
 
 TYPED_TEST(ExtCommListFamilyTest, PublishSortsDropsDuplicatesAndInternsEqualContentOnce) {
    auto a = this->published();
-   auto b = this->publish({this->value(this->rt, 1), this->value(this->none, 3, false),
-                           this->value(this->color, 2)});
+   auto b = this->publish(
+      {this->value(this->rt, 1), this->value(this->none, 3, false), this->value(this->color, 2)});
    EXPECT_EQ(a, b);
    ASSERT_EQ(a->totalCommunities(), 3u);
    EXPECT_EQ(a->commVectorRawPtr()->capacity(), 3u);
@@ -200,10 +216,10 @@ TYPED_TEST(ExtCommListFamilyTest, PublishSortsDropsDuplicatesAndInternsEqualCont
 }
 
 TYPED_TEST(ExtCommListFamilyTest, ListsShareTheClassificationListsOfEqualValues) {
-   auto red = this->publish({this->value(this->rt, 2), this->value(this->color, 5),
-                             this->value(this->rt, 1)});
-   auto blue = this->publish({this->value(this->rt, 1), this->value(this->rt, 2),
-                              this->value(this->color, 6)});
+   auto red = this->publish(
+      {this->value(this->rt, 2), this->value(this->color, 5), this->value(this->rt, 1)});
+   auto blue = this->publish(
+      {this->value(this->rt, 1), this->value(this->rt, 2), this->value(this->color, 6)});
    EXPECT_NE(red, blue);
    auto rts = red->classificationList(this->rt);
    ASSERT_TRUE(rts);
@@ -239,8 +255,8 @@ TYPED_TEST(ExtCommListFamilyTest, SerializeWritesAllOrOnlyTransitiveValues) {
          comms.push_back(this->value(this->none, n));
       }
       std::string const wire = TypeParam::serialize(*this->publish(comms), true);
-      std::string const header = count > TypeParam::shortMax ? TypeParam::longMinHeader
-                                                             : TypeParam::shortMaxHeader;
+      std::string const header =
+         count > TypeParam::shortMax ? TypeParam::longMinHeader : TypeParam::shortMaxHeader;
       EXPECT_EQ(hex(wire.substr(0, header.size() / 2)), header);
    }
 }

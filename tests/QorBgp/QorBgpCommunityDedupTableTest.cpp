@@ -32,7 +32,7 @@ TEST_F(ExtCommInterning, RouteTargetsOfEveryLayoutAreListedWhileAlive) {
       bool routeTarget;
    };
    Row const rows[] = {
-      {rt65000_100, true},         {0x0102c00002010005, true}, {0x0202fa56ea000007, true},
+      {rt65000_100, true},         {0x0102c00002010005, true},  {0x0202fa56ea000007, true},
       {soo65000_100, false},       {0x4002fde800000064, false}, // not transitive
       {0x0302000000000001, false},
    };

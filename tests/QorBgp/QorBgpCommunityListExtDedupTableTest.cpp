@@ -52,17 +52,16 @@ TEST_F(ExtCommListDedupTableTest, DumpsLabelTheThreeTables) {
    Kiv::DumpContext context;
    lists->dumpState(context, 0);
    lists->notifyingRtExtCommListCollection()->dumpState(context, 0);
-   EXPECT_EQ(context.str(),
-             "ExtCommListDedupTable\n"
-             "  extComm\n"
-             "    DedupHashTable (single-threaded): 1 entries\n"
-             "  extCommClassification\n"
-             "    DedupHashTable (single-threaded): 1 entries\n"
-             "  rtExtCommClassification\n"
-             "    DedupHashTable (single-threaded): 1 entries\n"
-             "NotifyingRtExtCommListCollection rtExtCommLists #1;\n"
-             "  rtExtCommList extCommClassificationRouteTarget : "
-             "<RouteTarget2ByteASN 65000:100 0x0002fde800000064>\n");
+   EXPECT_EQ(context.str(), "ExtCommListDedupTable\n"
+                            "  extComm\n"
+                            "    DedupHashTable (single-threaded): 1 entries\n"
+                            "  extCommClassification\n"
+                            "    DedupHashTable (single-threaded): 1 entries\n"
+                            "  rtExtCommClassification\n"
+                            "    DedupHashTable (single-threaded): 1 entries\n"
+                            "NotifyingRtExtCommListCollection rtExtCommLists #1;\n"
+                            "  rtExtCommList extCommClassificationRouteTarget : "
+                            "<RouteTarget2ByteASN 65000:100 0x0002fde800000064>\n");
 }
 
 } // namespace

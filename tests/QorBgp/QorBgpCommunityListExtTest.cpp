@@ -32,14 +32,23 @@ TEST_F(ExtCommListTest, SerializationSelectsAndCounts) {
       char const* bytes;
    };
    Row const rows[] = {
-      {ExtCommList::serialization(true, false, false),
-       "c01020" "0002fde800000064" "030b000000000064" "4004fde849742400" "4300000000000000"},
-      {ExtCommList::serialization(false, false, false),
-       "c01010" "0002fde800000064" "030b000000000064"},
-      {ExtCommList::serialization(false, true, false),
-       "c01018" "0002fde800000064" "030b000000000064" "4004fde849742400"},
-      {ExtCommList::serialization(false, true, true),
-       "c01020" "0002fde800000064" "030b000000000064" "4004fde849742400" "4300000000000000"},
+      {ExtCommList::serialization(true, false, false), "c01020"
+                                                       "0002fde800000064"
+                                                       "030b000000000064"
+                                                       "4004fde849742400"
+                                                       "4300000000000000"},
+      {ExtCommList::serialization(false, false, false), "c01010"
+                                                        "0002fde800000064"
+                                                        "030b000000000064"},
+      {ExtCommList::serialization(false, true, false), "c01018"
+                                                       "0002fde800000064"
+                                                       "030b000000000064"
+                                                       "4004fde849742400"},
+      {ExtCommList::serialization(false, true, true), "c01020"
+                                                      "0002fde800000064"
+                                                      "030b000000000064"
+                                                      "4004fde849742400"
+                                                      "4300000000000000"},
    };
    for (Row const& row : rows) {
       SCOPED_TRACE(row.s.valueToStrep());

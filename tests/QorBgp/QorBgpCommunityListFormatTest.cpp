@@ -55,9 +55,9 @@ TEST_F(ListText, EveryKindPrintsExactly) {
 
 TEST_F(ListText, MatchModesRenderTheirOwnTexts) {
    // Route target, route origin, colour, link bandwidth, validation state, plain.
-   ExtCommList::PtrConst list = publish({0x0002fde800000064, 0x0003fde800000065, 0x030b000000000064,
-                                         0x4004fde849742400, 0x4300000000000002,
-                                         0x8006000000000000});
+   ExtCommList::PtrConst list =
+      publish({0x0002fde800000064, 0x0003fde800000065, 0x030b000000000064, 0x4004fde849742400,
+               0x4300000000000002, 0x8006000000000000});
    EXPECT_TRUE(matches(*list, MatchMode::standard, "^65000:100 65000:101 Color:CO\\(00\\):100"));
    EXPECT_TRUE(matches(*list, MatchMode::classification, "^RT:65000:100 SoO:65000:101 "));
    EXPECT_TRUE(matches(*list, MatchMode::classification, "lbw 65000:1e\\+06"));

@@ -76,7 +76,8 @@ TEST(CommList, DedupSortsDropsDuplicatesTrimsAndCachesFlagsAndHash) {
    EXPECT_TRUE(published->comm(3));
    EXPECT_FALSE(published->comm(4));
    EXPECT_FALSE(published->comm(0xFFFFFFFF)); // past the end
-   EXPECT_TRUE(!published->noExport() && published->noAdvertise() && !published->noExportSubconfed());
+   EXPECT_TRUE(!published->noExport() && published->noAdvertise() &&
+               !published->noExportSubconfed());
    CommList::PtrConst other = publish(*table, {communityNoExport, communityNoExportSubconfed});
    EXPECT_TRUE(other->noExport() && !other->noAdvertise() && other->noExportSubconfed());
 

@@ -221,8 +221,8 @@ TEST(ExtCommStrepFormat, ReflectionTextAndItsMalformations) {
 TEST(ExtCommDehoard, RestoresAPlainDetachedValue) {
    HoardTestSegment segment(true);
    hoard::StoreWriter writer = segment.create(1 << 16);
-   hoard::Location rt = writer.publish(
-      hoard::ExtCommRecord{extCommClassificationRouteTarget, 0, 0x0002fde800000064});
+   hoard::Location rt =
+      writer.publish(hoard::ExtCommRecord{extCommClassificationRouteTarget, 0, 0x0002fde800000064});
    hoard::Location bogus = writer.publish(hoard::ExtCommRecord{77, 0, 1});
    hoard::StoreManager store = segment.open();
 

@@ -141,7 +141,6 @@ TEST(Hoard, ForeignTruncatedMissingAndFullSegmentsAreStoreErrors) {
                     "is full: 16 bytes asked, 8 of 80 free");
 }
 
-
 // Overwrites eight bytes of a segment file at `at`.
 void overwrite(std::string const& path, std::streamoff at, U64 value) {
    std::fstream f(path, std::ios::in | std::ios::out | std::ios::binary);

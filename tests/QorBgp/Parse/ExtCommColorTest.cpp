@@ -36,8 +36,8 @@ TEST(ExtCommColor, Texts) {
 
 TEST(ExtCommColor, PlugInHookTracesAtLevel8) {
    std::vector<std::string> lines;
-   auto previous = Kiv::traceSinkIs(
-      [&](Kiv::TraceFacility const&, unsigned level, std::string_view line) {
+   auto previous =
+      Kiv::traceSinkIs([&](Kiv::TraceFacility const&, unsigned level, std::string_view line) {
          if (level == 8) {
             lines.emplace_back(line);
          }

@@ -37,8 +37,8 @@ TEST(ExtCommLinkBandwidth, ValidityAndUnspecifiedAs) {
    };
    Row const rows[] = {
       {0x4004fde84e9502f9, true, false},
-      {0x4004000000000000, true, true},  // AS 0, bandwidth 0
-      {0x400400007fc00000, false, true}, // AS 0, NaN
+      {0x4004000000000000, true, true},   // AS 0, bandwidth 0
+      {0x400400007fc00000, false, true},  // AS 0, NaN
       {0x40040001bf800000, false, false}, // -1
    };
    for (Row const& row : rows) {

@@ -48,28 +48,28 @@ TEST_P(EveryRegisteredKind, ParsesToItsOwnTypeAndClassification) {
 
 INSTANTIATE_TEST_SUITE_P(
    FullContainer, EveryRegisteredKind,
-   testing::Values(
-      Kind{0x0002fde800000064, typeOf<ExtCommRouteTargetAs>(), extCommClassificationRouteTarget,
-           "RouteTargetAs"},
-      Kind{0x0202000000010064, typeOf<ExtCommRouteTargetAs>(), extCommClassificationRouteTarget,
-           "RouteTargetAs"},
-      Kind{0x0102c0000201006e, typeOf<ExtCommRouteTargetIpv4Address>(),
-           extCommClassificationRouteTarget, "RouteTargetIpv4Address"},
-      Kind{0x0003fde800000064, typeOf<ExtCommRouteOriginAs>(), extCommClassificationRouteOrigin,
-           "RouteOriginAs"},
-      Kind{0x0203000000010064, typeOf<ExtCommRouteOriginAs>(), extCommClassificationRouteOrigin,
-           "RouteOriginAs"},
-      Kind{0x0103c0000201006e, typeOf<ExtCommRouteOriginIpv4Address>(),
-           extCommClassificationRouteOrigin, "RouteOriginIpv4Address"},
-      Kind{0x030b000000000064, typeOf<ExtCommColor>(), extCommClassificationColor, "Color"},
-      Kind{0x030c000000000008, typeOf<ExtCommTunnelEncap>(), extCommClassificationTunnelEncap,
-           "TunnelEncap"},
-      Kind{0x030d000000000000, typeOf<ExtCommDefaultGateway>(),
-           extCommClassificationDefaultGateway, "DefaultGateway"},
-      Kind{0x4004fde84e9502f9, typeOf<ExtCommLinkBandwidth>(), extCommClassificationLinkBandwidth,
-           "LinkBandwidth"},
-      Kind{0x4300000000000002, typeOf<ExtCommOriginValidationState>(),
-           extCommClassificationOriginValidationState, "OriginValidationState"}),
+   testing::Values(Kind{0x0002fde800000064, typeOf<ExtCommRouteTargetAs>(),
+                        extCommClassificationRouteTarget, "RouteTargetAs"},
+                   Kind{0x0202000000010064, typeOf<ExtCommRouteTargetAs>(),
+                        extCommClassificationRouteTarget, "RouteTargetAs"},
+                   Kind{0x0102c0000201006e, typeOf<ExtCommRouteTargetIpv4Address>(),
+                        extCommClassificationRouteTarget, "RouteTargetIpv4Address"},
+                   Kind{0x0003fde800000064, typeOf<ExtCommRouteOriginAs>(),
+                        extCommClassificationRouteOrigin, "RouteOriginAs"},
+                   Kind{0x0203000000010064, typeOf<ExtCommRouteOriginAs>(),
+                        extCommClassificationRouteOrigin, "RouteOriginAs"},
+                   Kind{0x0103c0000201006e, typeOf<ExtCommRouteOriginIpv4Address>(),
+                        extCommClassificationRouteOrigin, "RouteOriginIpv4Address"},
+                   Kind{0x030b000000000064, typeOf<ExtCommColor>(), extCommClassificationColor,
+                        "Color"},
+                   Kind{0x030c000000000008, typeOf<ExtCommTunnelEncap>(),
+                        extCommClassificationTunnelEncap, "TunnelEncap"},
+                   Kind{0x030d000000000000, typeOf<ExtCommDefaultGateway>(),
+                        extCommClassificationDefaultGateway, "DefaultGateway"},
+                   Kind{0x4004fde84e9502f9, typeOf<ExtCommLinkBandwidth>(),
+                        extCommClassificationLinkBandwidth, "LinkBandwidth"},
+                   Kind{0x4300000000000002, typeOf<ExtCommOriginValidationState>(),
+                        extCommClassificationOriginValidationState, "OriginValidationState"}),
    [](testing::TestParamInfo<Kind> const& info) {
       return info.param.fwkType + std::to_string(info.index);
    });
@@ -141,15 +141,15 @@ TEST(ExtCommParser, RemovingOrReplacingASubRule) {
    auto mutableOpaque = const_cast<BgpParseExtCommTransOpaqueRule*>(opaque.get());
 
    // A later rule for the same subtype replaces the earlier one.
-   mutableOpaque->subTypeRuleIs(new BgpParseExtComSubTypeTransOpaqueDefaultGatewayRule(
-      parser->parseControl()));
+   mutableOpaque->subTypeRuleIs(
+      new BgpParseExtComSubTypeTransOpaqueDefaultGatewayRule(parser->parseControl()));
    EXPECT_EQ(opaque->subTypeRules().size(), 3u);
    // (The default-gateway rule answers with its own kind whatever the subtype.)
-   mutableOpaque->subTypeRuleIs(new BgpParseExtCommKindSubRule<
-                                BgpParseExtComSubTypeTransOpaqueRuleBase,
-                                extCommPktSubtypeTransOpaqueColorExtendedCommunity,
-                                &extCommDefaultGatewayFactory, "Test::ColorAsGateway">(
-      parser->parseControl()));
+   mutableOpaque->subTypeRuleIs(
+      new BgpParseExtCommKindSubRule<BgpParseExtComSubTypeTransOpaqueRuleBase,
+                                     extCommPktSubtypeTransOpaqueColorExtendedCommunity,
+                                     &extCommDefaultGatewayFactory, "Test::ColorAsGateway">(
+         parser->parseControl()));
    ExtCommContent color(0x030b000000000064);
    EXPECT_EQ(typeOf(parser->parseExtendedCommunity(color)), typeOf<ExtCommDefaultGateway>());
 

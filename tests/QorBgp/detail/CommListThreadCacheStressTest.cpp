@@ -38,7 +38,8 @@ TEST(CommListInterningStress, LookupsByValueRaceWithLastReleases) {
             for (U32 k = i + 1; k > 0; --k) {
                values.push_back(0x00010000u | k);
             }
-            CommList::PtrConst got = CommList::dedupValues(tables->commListDedupTable().get(), values);
+            CommList::PtrConst got =
+               CommList::dedupValues(tables->commListDedupTable().get(), values);
             if ((held[i] && got != held[i]) || got->comms() != i + 1 || !got->comm(0x00010001u) ||
                 !got->isDeduped()) {
                ++mismatches;

@@ -27,9 +27,11 @@ struct PathCommunities {
 
 std::ostream& operator<<(std::ostream& os, PathCommunities const& p) {
    os << p.prefix << " from " << p.peer << " [";
-   for (auto const& c : p.standard) os << ' ' << c;
+   for (auto const& c : p.standard)
+      os << ' ' << c;
    os << " ] [";
-   for (auto const& c : p.large) os << ' ' << c;
+   for (auto const& c : p.large)
+      os << ' ' << c;
    return os << " ]";
 }
 
@@ -55,9 +57,12 @@ std::vector<std::string> split(std::string const& text, char separator) {
 
 // bgpdump names three well-known communities.
 std::string numeric(std::string const& token) {
-   if (token == "no-export") return "65535:65281";
-   if (token == "no-advertise") return "65535:65282";
-   if (token == "no-export-subconfed") return "65535:65283";
+   if (token == "no-export")
+      return "65535:65281";
+   if (token == "no-advertise")
+      return "65535:65282";
+   if (token == "no-export-subconfed")
+      return "65535:65283";
    return token;
 }
 
@@ -97,11 +102,14 @@ TEST(BgpdumpComparison, SameCommunitiesOnEveryPath) {
    }
 
    std::vector<PathCommunities> ours;
-   for (std::string const& line : split(run(std::string(QORBGP_COMM) + " show --json " + file), '\n')) {
+   for (std::string const& line :
+        split(run(std::string(QORBGP_COMM) + " show --json " + file), '\n')) {
       auto path = nlohmann::json::parse(line);
       PathCommunities p{path["prefix"], path["peer"], {}, {}};
-      for (auto const& c : path.value("communities", nlohmann::json::array())) p.standard.insert(c);
-      for (auto const& c : path.value("largeCommunities", nlohmann::json::array())) p.large.insert(c);
+      for (auto const& c : path.value("communities", nlohmann::json::array()))
+         p.standard.insert(c);
+      for (auto const& c : path.value("largeCommunities", nlohmann::json::array()))
+         p.large.insert(c);
       ours.push_back(std::move(p));
    }
    std::remove(file.c_str());
