@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Installs the built project into a temporary prefix, then builds and runs the
+# consumer program against it twice: through the CMake package and through
+# pkg-config. Usage: consume.sh <build dir> <C++ compiler> <compile flags>
+# (the flags the library was built with, e.g. its sanitizers).
+set -euo pipefail
+build=$1 cxx=$2 flags=$3
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmake --install "$build" --prefix "$work/prefix" >/dev/null
+
+cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_CXX_COMPILER="$cxx" \
+   -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+cmake --build "$work/cmake" >/dev/null
+"$work/cmake/consumer"
+
+export PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig"
+# shellcheck disable=SC2046,SC2086 # the flags are words
+"$cxx" -std=c++20 $flags $(pkg-config --cflags QorBgpCommunity) "$here/Consumer.cpp" \
+   -o "$work/consumer-pc" $(pkg-config --libs QorBgpCommunity) \
+   -Wl,-rpath,"$work/prefix/lib"
+"$work/consumer-pc"
+echo "installed package: consumed through CMake and pkg-config"
