@@ -1,4 +1,4 @@
-#include "QorBgp/BgpPathAttributeEnums.h"
+#include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
 
 namespace Routing::Bgp {
 

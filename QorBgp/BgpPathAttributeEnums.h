@@ -6,9 +6,9 @@
 // number or from text); see platform/Enum.h.
 #pragma once
 
-#include "platform/Enum.h"
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Enum.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <string_view>
 

@@ -2,15 +2,15 @@
 // content, interning, the enumerations of its type and subtype octets and
 // its text forms (the content text and its parse, the diagnostic form, the
 // policy and UI forms, the StrepFormat selector's reflection text).
-#include "QorBgp/ExtCommIp6.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6.h"
 
-#include "QorBgp/ExtCommIp6DedupTable.h"
-#include "platform/Assert.h"
-#include "platform/DynamicBuffer.h"
-#include "platform/Errors.h"
-#include "platform/Hash.h"
-#include "platform/StreamState.h"
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6DedupTable.h"
+#include "QorBgpCommunity/platform/Assert.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Hash.h"
+#include "QorBgpCommunity/platform/StreamState.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
 #include <algorithm>
 #include <array>

@@ -14,15 +14,15 @@
 //   rt->toStrepForPolicy(ExtCommIp6::StrepFormat());   // "2001:db8::1:100"
 #pragma once
 
-#include "QorBgp/QorBgpCommunity.h"
-#include "QorBgp/QorBgpCommunityPacketTypes.h"
-#include "QorBgp/QorBgpMiscTypes.h"
-#include "platform/Dedup.h"
-#include "platform/Enum.h"
-#include "platform/Export.h"
-#include "platform/Ip6Addr.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgpCommunity/QorBgp/QorBgpMiscTypes.h"
+#include "QorBgpCommunity/platform/Dedup.h"
+#include "QorBgpCommunity/platform/Enum.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ip6Addr.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <compare>
 #include <concepts>

@@ -1,8 +1,8 @@
-#include "QorBgp/ExtCommIp6ClassificationList.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6ClassificationList.h"
 
-#include "QorBgp/ExtCommIp6ListDedupTable.h"
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6ListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <ostream>
 

@@ -15,10 +15,10 @@
 //   if (rts) rts->comm(content);          // the member with that content, or null
 #pragma once
 
-#include "QorBgp/ExtCommIp6.h"
-#include "QorBgp/ExtCommListCore.h"
-#include "QorBgp/ExtCommSnapshotBase.h"
-#include "platform/NotifyingCollections.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6.h"
+#include "QorBgpCommunity/QorBgp/ExtCommListCore.h"
+#include "QorBgpCommunity/QorBgp/ExtCommSnapshotBase.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
 
 #include <iosfwd>
 #include <string>

@@ -1,6 +1,6 @@
-#include "QorBgp/ExtCommIp6DedupTable.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6DedupTable.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 namespace Routing::Bgp {
 

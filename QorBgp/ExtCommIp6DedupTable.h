@@ -7,9 +7,9 @@
 //   ExtCommIp6::PtrConst v = ExtCommIp6::dedupContent(table.get(), content);
 #pragma once
 
-#include "QorBgp/ExtCommIp6.h"
-#include "QorBgp/Parse/ExtCommParser.h"
-#include "platform/QorBgpGlobals.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommParser.h"
+#include "QorBgpCommunity/platform/QorBgpGlobals.h"
 
 namespace Routing::Bgp {
 

@@ -1,11 +1,11 @@
-#include "QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
 
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "QorBgp/QorBgpSerialize.h"
-#include "QorBgp/detail/DehoardList.h"
-#include "QorBgp/detail/ExtCommListFamily.h"
-#include "platform/Errors.h"
-#include "platform/Hoard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/QorBgpSerialize.h"
+#include "QorBgpCommunity/QorBgp/detail/DehoardList.h"
+#include "QorBgpCommunity/QorBgp/detail/ExtCommListFamily.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Hoard.h"
 
 #include <ostream>
 

@@ -17,10 +17,10 @@
 // Built by one owner, then read-only and shareable between threads.
 #pragma once
 
-#include "platform/HoardFwd.h"
+#include "QorBgpCommunity/platform/HoardFwd.h"
 
-#include "QorBgp/ExtCommIp6ClassificationList.h"
-#include "QorBgp/ExtCommIp6ListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6ClassificationList.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6ListDedupTable.h"
 
 #include <iosfwd>
 #include <string>

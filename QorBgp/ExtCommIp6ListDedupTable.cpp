@@ -1,6 +1,6 @@
-#include "QorBgp/ExtCommIp6ListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6ListDedupTable.h"
 
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 namespace Routing::Bgp {
 

@@ -14,7 +14,7 @@
 // is on; then two threads publishing equal lists end with one resident object.
 #pragma once
 
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
 
 namespace Routing::Bgp {
 

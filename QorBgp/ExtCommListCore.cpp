@@ -1,9 +1,9 @@
 // The members of the list cores, once for both extended community families.
-#include "QorBgp/ExtCommListCore.h"
+#include "QorBgpCommunity/QorBgp/ExtCommListCore.h"
 
-#include "QorBgp/ExtCommIp6List.h"
-#include "QorBgp/QorBgpCommunityListExt.h"
-#include "QorBgp/detail/ExtCommListFamily.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExt.h"
+#include "QorBgpCommunity/QorBgp/detail/ExtCommListFamily.h"
 
 namespace Routing::Bgp {
 

@@ -16,11 +16,11 @@
 // there for both families.
 #pragma once
 
-#include "QorBgp/QorBgpCommunityPacketTypes.h"
-#include "platform/Dedup.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgpCommunity/platform/Dedup.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <vector>
 

@@ -16,11 +16,11 @@
 //   ExtCommListSnapshot::Ptr snapshot = list->commSnapshot();
 #pragma once
 
-#include "QorBgp/ExtCommListCore.h"
-#include "platform/Errors.h"
-#include "platform/Notifier.h"
-#include "platform/NotifyingCollections.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/QorBgp/ExtCommListCore.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Notifier.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <string>
 

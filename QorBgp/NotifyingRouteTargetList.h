@@ -4,13 +4,13 @@
 // targets came into or went out of use.
 #pragma once
 
-#include "platform/DumpContext.h"
-#include "platform/Export.h"
-#include "platform/Notifier.h"
-#include "platform/NotifyingCollections.h"
-#include "platform/Ptr.h"
-#include "platform/RouteTarget.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Notifier.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/RouteTarget.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <cstddef>
 #include <string_view>

@@ -2,14 +2,14 @@
 // text forms (the diagnostic form, the policy and UI forms, the type-and-subtype
 // text, the StrepFormat selector's reflection text) and restoring from the
 // snapshot store.
-#include "QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
 
-#include "QorBgp/QorBgpCommunityDedupTable.h"
-#include "platform/Errors.h"
-#include "platform/Hash.h"
-#include "platform/Hoard.h"
-#include "platform/StreamState.h"
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Hash.h"
+#include "QorBgpCommunity/platform/Hoard.h"
+#include "QorBgpCommunity/platform/StreamState.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
 #include <ostream>
 #include <sstream>

@@ -15,15 +15,15 @@
 //   rt->toStrepForUI(false, false, false);  // "0002:0xfd 0xe8 0x00 0x00 0x00 0x64"
 #pragma once
 
-#include "QorBgp/QorBgpCommunityPacketTypes.h"
-#include "QorBgp/QorBgpMiscTypes.h"
-#include "QorBgp/QorBgpStrepFormat.h"
-#include "platform/Dedup.h"
-#include "platform/DynamicBuffer.h"
-#include "platform/Export.h"
-#include "platform/HoardFwd.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgpCommunity/QorBgp/QorBgpMiscTypes.h"
+#include "QorBgpCommunity/QorBgp/QorBgpStrepFormat.h"
+#include "QorBgpCommunity/platform/Dedup.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/HoardFwd.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <compare>
 #include <concepts>

@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 
-#include "platform/Ip6Addr.h"
+#include "QorBgpCommunity/platform/Ip6Addr.h"
 
 #include <algorithm>
 #include <concepts>

@@ -18,16 +18,16 @@
 // take attribute values as text.
 #pragma once
 
-#include "QorBgp/BgpPathAttributeEnums.h"
-#include "QorBgp/ExtCommIp6DedupTable.h"
-#include "QorBgp/ExtCommIp6List.h"
-#include "QorBgp/Parse/ExtCommContainer.h"
-#include "QorBgp/QorBgpCommunityDedupTable.h"
-#include "QorBgp/QorBgpCommunityList.h"
-#include "platform/Enum.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6DedupTable.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommContainer.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/platform/Enum.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <optional>
 #include <span>

@@ -1,7 +1,7 @@
-#include "QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
 
-#include "platform/DumpContext.h"
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 namespace Routing::Bgp {
 

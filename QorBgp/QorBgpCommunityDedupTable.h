@@ -12,10 +12,10 @@
 // on at creation; route-target reports are then serialised by the notifiee.
 #pragma once
 
-#include "QorBgp/NotifyingRouteTargetList.h"
-#include "QorBgp/Parse/ExtCommParser.h"
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/QorBgpGlobals.h"
+#include "QorBgpCommunity/QorBgp/NotifyingRouteTargetList.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommParser.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/QorBgpGlobals.h"
 
 #include <mutex>
 

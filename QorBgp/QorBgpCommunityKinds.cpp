@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
 
-#include "platform/Assert.h"
+#include "QorBgpCommunity/platform/Assert.h"
 
 #include <ostream>
 

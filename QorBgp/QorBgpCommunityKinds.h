@@ -18,11 +18,11 @@
 //                     //   ASN=4200000000 0x0205fa56ea000064>"
 #pragma once
 
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/DynamicBuffer.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <cstddef>
 #include <iosfwd>

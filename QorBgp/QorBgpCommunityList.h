@@ -8,8 +8,8 @@
 //   CommList::PtrConst shared = list->dedup(table.get());   // continue with this
 #pragma once
 
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
-#include "QorBgp/QorBgpCommunityListLarge.h"
-#include "QorBgp/QorBgpCommunityListStandard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListLarge.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListStandard.h"
 
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"

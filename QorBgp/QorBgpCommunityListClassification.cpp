@@ -1,8 +1,8 @@
-#include "QorBgp/QorBgpCommunityListClassification.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListClassification.h"
 
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 namespace Routing::Bgp {
 

@@ -16,11 +16,11 @@
 // keyed, notifying copies for consumers that react entry by entry.
 #pragma once
 
-#include "QorBgp/ExtCommListCore.h"
-#include "QorBgp/ExtCommSnapshotBase.h"
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/BitSetValue.h"
-#include "platform/NotifyingCollections.h"
+#include "QorBgpCommunity/QorBgp/ExtCommListCore.h"
+#include "QorBgpCommunity/QorBgp/ExtCommSnapshotBase.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/BitSetValue.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
 
 #include <vector>
 

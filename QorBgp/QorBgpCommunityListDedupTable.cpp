@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
 
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 namespace Routing::Bgp {
 

@@ -10,7 +10,7 @@
 // threads publishing equal lists end with one resident object.
 #pragma once
 
-#include "platform/QorBgpGlobals.h"
+#include "QorBgpCommunity/platform/QorBgpGlobals.h"
 
 #include <initializer_list>
 #include <string_view>

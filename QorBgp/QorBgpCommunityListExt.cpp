@@ -1,13 +1,13 @@
-#include "QorBgp/QorBgpCommunityListExt.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExt.h"
 
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "QorBgp/QorBgpSerialize.h"
-#include "QorBgp/QorBgpTrace.h"
-#include "QorBgp/detail/DehoardList.h"
-#include "QorBgp/detail/ExtCommListFamily.h"
-#include "platform/Errors.h"
-#include "platform/Hoard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/QorBgpSerialize.h"
+#include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/QorBgp/detail/DehoardList.h"
+#include "QorBgpCommunity/QorBgp/detail/ExtCommListFamily.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Hoard.h"
 
 namespace Routing::Bgp {
 

@@ -17,11 +17,11 @@
 // Built by one owner, then read-only and shareable between threads.
 #pragma once
 
-#include "QorBgp/ExtCommSnapshotBase.h"
-#include "QorBgp/QorBgpCommunityListClassification.h"
-#include "platform/CommunityValue.h"
-#include "platform/HoardFwd.h"
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/QorBgp/ExtCommSnapshotBase.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListClassification.h"
+#include "QorBgpCommunity/platform/CommunityValue.h"
+#include "QorBgpCommunity/platform/HoardFwd.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
 #include <string>
 

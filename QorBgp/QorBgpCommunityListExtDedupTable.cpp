@@ -1,8 +1,8 @@
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"
 
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "QorBgp/QorBgpTrace.h"
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 #include <ostream>
 #include <vector>

@@ -14,8 +14,8 @@
 //   table->notifyingRtExtCommListCollection()->rtExtCommLists();   // one per route-target set
 #pragma once
 
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
-#include "QorBgp/QorBgpCommunityListExt.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExt.h"
 
 #include <mutex>
 

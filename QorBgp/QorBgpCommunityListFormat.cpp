@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
 
-#include "platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
 
 #include <ostream>
 

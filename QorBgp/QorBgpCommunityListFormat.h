@@ -13,9 +13,9 @@
 // flags, fill and precision as they were.
 #pragma once
 
-#include "QorBgp/QorBgpCommunityList.h"
-#include "platform/PosixRegex.h"
-#include "platform/StreamState.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
+#include "QorBgpCommunity/platform/StreamState.h"
 
 #include <iosfwd>
 #include <sstream>

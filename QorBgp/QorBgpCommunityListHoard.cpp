@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpCommunityListHoard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListHoard.h"
 
-#include "QorBgp/detail/DehoardList.h"
+#include "QorBgpCommunity/QorBgp/detail/DehoardList.h"
 
 #include <cstring>
 

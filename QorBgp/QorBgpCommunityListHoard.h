@@ -2,8 +2,8 @@
 // snapshot store. The lists come back as private copies, never interned.
 #pragma once
 
-#include "QorBgp/QorBgpCommunityList.h"
-#include "platform/Hoard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/platform/Hoard.h"
 
 namespace Routing::Bgp {
 

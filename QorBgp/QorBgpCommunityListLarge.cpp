@@ -1,13 +1,13 @@
-#include "QorBgp/QorBgpCommunityListLarge.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListLarge.h"
 
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "QorBgp/QorBgpCommunityListHoard.h"
-#include "QorBgp/QorBgpSerialize.h"
-#include "QorBgp/QorBgpTrace.h"
-#include "QorBgp/detail/CommListVector.h"
-#include "platform/Hoard.h"
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListHoard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpSerialize.h"
+#include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/QorBgp/detail/CommListVector.h"
+#include "QorBgpCommunity/platform/Hoard.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
 namespace Routing::Bgp {
 

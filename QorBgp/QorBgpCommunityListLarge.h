@@ -3,14 +3,14 @@
 // the text form of a single large community.
 #pragma once
 
-#include "platform/CommunityValue.h"
-#include "platform/Dedup.h"
-#include "platform/DynamicBuffer.h"
-#include "platform/Export.h"
-#include "platform/HoardFwd.h"
-#include "platform/Ptr.h"
-#include "platform/RouteMapCommListSnapshot.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/CommunityValue.h"
+#include "QorBgpCommunity/platform/Dedup.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/HoardFwd.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/RouteMapCommListSnapshot.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <cstddef>
 #include <span>

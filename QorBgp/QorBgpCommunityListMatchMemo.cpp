@@ -1,8 +1,8 @@
-#include "QorBgp/QorBgpCommunityListMatchMemo.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListMatchMemo.h"
 
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "platform/Errors.h"
-#include "platform/Hash.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Hash.h"
 
 #include <bit>
 

@@ -16,8 +16,8 @@
 // atomic words, so several threads may match through one memo at once.
 #pragma once
 
-#include "QorBgp/QorBgpCommunityList.h"
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
 #include <atomic>
 #include <cstddef>

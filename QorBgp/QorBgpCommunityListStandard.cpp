@@ -1,16 +1,16 @@
-#include "QorBgp/QorBgpCommunityListStandard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListStandard.h"
 
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "QorBgp/QorBgpCommunityListHoard.h"
-#include "QorBgp/QorBgpSerialize.h"
-#include "QorBgp/QorBgpTrace.h"
-#include "QorBgp/detail/CommListThreadCache.h"
-#include "QorBgp/detail/CommListVector.h"
-#include "platform/DynamicBuffer.h"
-#include "platform/FeatureToggle.h"
-#include "platform/Hoard.h"
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListHoard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpSerialize.h"
+#include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/QorBgp/detail/CommListThreadCache.h"
+#include "QorBgpCommunity/QorBgp/detail/CommListVector.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/FeatureToggle.h"
+#include "QorBgpCommunity/platform/Hoard.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
 #include <atomic>
 #include <charconv>

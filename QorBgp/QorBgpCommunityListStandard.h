@@ -4,15 +4,15 @@
 // those names, and CommListSnapshot, an observed per-entry copy of a list.
 #pragma once
 
-#include "platform/Dedup.h"
-#include "platform/DynamicBuffer.h"
-#include "platform/Enum.h"
-#include "platform/Export.h"
-#include "platform/HoardFwd.h"
-#include "platform/Notifier.h"
-#include "platform/NotifyingCollections.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Dedup.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/Enum.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/HoardFwd.h"
+#include "QorBgpCommunity/platform/Notifier.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <cstddef>
 #include <span>

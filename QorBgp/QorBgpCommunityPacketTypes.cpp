@@ -1,4 +1,4 @@
-#include "QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityPacketTypes.h"
 
 namespace Routing::Bgp {
 

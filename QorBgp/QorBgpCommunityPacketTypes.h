@@ -15,8 +15,8 @@
 // no value at all.
 #pragma once
 
-#include "platform/Enum.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Enum.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 namespace Routing::Bgp {
 

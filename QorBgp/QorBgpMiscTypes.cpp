@@ -1,8 +1,8 @@
-#include "QorBgp/QorBgpMiscTypes.h"
+#include "QorBgpCommunity/QorBgp/QorBgpMiscTypes.h"
 
-#include "platform/Assert.h"
-#include "platform/Errors.h"
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/platform/Assert.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
 #include <limits>
 

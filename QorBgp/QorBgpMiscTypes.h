@@ -5,8 +5,8 @@
 // extended community).
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <ostream>
 #include <string>

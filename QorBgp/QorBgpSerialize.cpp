@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpSerialize.h"
+#include "QorBgpCommunity/QorBgp/QorBgpSerialize.h"
 
-#include "platform/Assert.h"
+#include "QorBgpCommunity/platform/Assert.h"
 
 #include <algorithm>
 #include <bit>

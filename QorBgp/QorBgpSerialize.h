@@ -15,11 +15,11 @@
 // thread-safe; they are meant to live on the stack of one serialising call.
 #pragma once
 
-#include "QorBgp/BgpPathAttributeEnums.h"
-#include "platform/CommunityValue.h"
-#include "platform/DynamicBuffer.h"
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
+#include "QorBgpCommunity/platform/CommunityValue.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <cstddef>
 #include <span>

@@ -13,8 +13,8 @@
 // Default, classification and UI are bits 0 to 2 in every layout.
 #pragma once
 
-#include "platform/Types.h"
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/platform/Types.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
 #include <string>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
 
 namespace Routing::Bgp {
 

@@ -3,8 +3,8 @@
 // levels are switched on (QORBGP_TRACE="QorBgpCommunity/89").
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Trace.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Trace.h"
 
 namespace Routing::Bgp {
 

@@ -1,10 +1,10 @@
-#include "QorBgp/RouteTargetPrefix.h"
+#include "QorBgpCommunity/QorBgp/RouteTargetPrefix.h"
 
-#include "platform/Assert.h"
-#include "platform/Errors.h"
-#include "platform/Hash.h"
-#include "platform/StreamState.h"
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/platform/Assert.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Hash.h"
+#include "QorBgpCommunity/platform/StreamState.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
 #include <algorithm>
 #include <bit>

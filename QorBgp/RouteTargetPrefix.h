@@ -3,9 +3,9 @@
 // target matches a prefix when their leading `length` bits agree.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/RouteTarget.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/RouteTarget.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <compare>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // Recognition cost: parseExtendedCommunity over a mix of extended communities
 // shaped like what full tables carry (mostly route targets and origins, some
 // link bandwidths, colours, validation states, flowspec and unknown types).
-#include "QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,6 @@
 // Micro-benchmarks of the extended community value: hashing and the text forms
 // that show commands and route policy render per value.
-#include "QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,8 +2,8 @@
 // already interned (the common case at convergence) and on new ones (which
 // also run the recognition parser), in the single- and multi-threaded forms,
 // with 1, 2 and more threads sharing one table.
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
 
 #include <benchmark/benchmark.h>
 

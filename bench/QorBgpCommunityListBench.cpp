@@ -3,9 +3,9 @@
 // and when it is new, and the heap held per distinct list and per path.
 #include "HeapCounter.h"
 
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/QorBgpCommunityDedupTable.h"
-#include "QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
 
 #include <benchmark/benchmark.h>
 

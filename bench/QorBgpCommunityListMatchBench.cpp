@@ -1,9 +1,9 @@
 // Route-map matching and list text: matchCommunitiesRegex of standard, large
 // and extended lists of sizes seen in full tables, against a handful of
 // typical route-map patterns, and the cost of rendering a list (toStrep).
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/QorBgpCommunityDedupTable.h"
-#include "QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
 
 #include <benchmark/benchmark.h>
 

@@ -14,9 +14,9 @@
 // so that the ratio column holds on a noisy machine.
 #include "HeapCounter.h"
 
-#include "QorBgp/QorBgpCommunityDecode.h"
-#include "QorBgp/QorBgpCommunityListMatchMemo.h"
-#include "platform/Hash.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListMatchMemo.h"
+#include "QorBgpCommunity/platform/Hash.h"
 
 #include <absl/container/flat_hash_set.h>
 #include <benchmark/benchmark.h>

@@ -18,13 +18,13 @@
 // The values mix well-known and typed ones (route targets, link bandwidths,
 // colours, ...) with arbitrary words, so that recognition and pruning see
 // both.
-#include "QorBgp/ExtCommIp6List.h"
-#include "QorBgp/QorBgpCommunityDecode.h"
-#include "QorBgp/QorBgpCommunityList.h"
-#include "QorBgp/QorBgpCommunityListFormat.h"
-#include "QorBgp/QorBgpCommunityListMatchMemo.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListMatchMemo.h"
 #include "fuzz/FuzzSupport.h"
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -8,7 +8,7 @@
 // re-encodes to its elements sorted bytewise without repeats (every list's
 // order is the bytewise order of its wire elements), and decoding the same
 // value again gives the very same list object.
-#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 #include "fuzz/FuzzSupport.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 // of a path attribute into header and value.
 #pragma once
 
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

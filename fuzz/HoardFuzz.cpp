@@ -16,11 +16,11 @@
 // StoreError (a segment that does not open) and Kiv::RangeError (a location
 // outside it) are the documented outcomes of bad segments; a null result is
 // a changed or unusable record. Anything else fails the run.
-#include "QorBgp/ExtCommIp6List.h"
-#include "QorBgp/QorBgpCommunityList.h"
-#include "QorBgp/QorBgpCommunityListHoard.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListHoard.h"
 #include "fuzz/FuzzSupport.h"
-#include "platform/Hoard.h"
+#include "QorBgpCommunity/platform/Hoard.h"
 
 #include <algorithm>
 #include <cstring>

@@ -5,14 +5,14 @@
 //
 // writes <dir>/<target>/seed-<name> and leaves other files alone (crashers
 // kept as regression inputs included).
-#include "QorBgp/ExtCommIp6List.h"
-#include "QorBgp/QorBgpCommunityDecode.h"
-#include "QorBgp/QorBgpCommunityList.h"
-#include "QorBgp/QorBgpMiscTypes.h"
-#include "QorBgp/RouteTargetPrefix.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/QorBgp/QorBgpMiscTypes.h"
+#include "QorBgpCommunity/QorBgp/RouteTargetPrefix.h"
 #include "fuzz/FuzzSupport.h"
-#include "platform/Hoard.h"
-#include "platform/Ip6Addr.h"
+#include "QorBgpCommunity/platform/Hoard.h"
+#include "QorBgpCommunity/platform/Ip6Addr.h"
 #include "tools/mrt/MrtWriter.h"
 
 #include <unistd.h>

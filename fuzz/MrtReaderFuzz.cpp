@@ -6,7 +6,7 @@
 // Beyond "no crash": the report counts the paths handed out, keeps at most
 // kMaxProblemsKept problems, never reads more of a plain file than it has,
 // and the reader stays at its end once there.
-#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 #include "fuzz/FuzzSupport.h"
 #include "tools/mrt/MrtReader.h"
 

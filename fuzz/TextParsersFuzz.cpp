@@ -8,19 +8,19 @@
 // Beyond "no crash": what a parser accepts renders to a text that parses back
 // to the same value, the optional and the raising form of a parser agree, and
 // a rejected assignment leaves its object as documented.
-#include "QorBgp/BgpPathAttributeEnums.h"
-#include "QorBgp/ExtCommIp6.h"
-#include "QorBgp/QorBgpCommunity.h"
-#include "QorBgp/QorBgpCommunityDecode.h"
-#include "QorBgp/QorBgpCommunityList.h"
-#include "QorBgp/QorBgpMiscTypes.h"
-#include "QorBgp/RouteTargetPrefix.h"
+#include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
+#include "QorBgpCommunity/QorBgp/QorBgpMiscTypes.h"
+#include "QorBgpCommunity/QorBgp/RouteTargetPrefix.h"
 #include "fuzz/FuzzSupport.h"
-#include "platform/Errors.h"
-#include "platform/FeatureToggle.h"
-#include "platform/Ip6Addr.h"
-#include "platform/RouteTarget.h"
-#include "platform/Trace.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/FeatureToggle.h"
+#include "QorBgpCommunity/platform/Ip6Addr.h"
+#include "QorBgpCommunity/platform/RouteTarget.h"
+#include "QorBgpCommunity/platform/Trace.h"
 
 #include <string>
 #include <string_view>

@@ -15,7 +15,7 @@
 //   ...   QOR_ASSERT(commVectorSorted());
 #pragma once
 
-#include "platform/Export.h"
+#include "QorBgpCommunity/platform/Export.h"
 
 #include <string_view>
 

@@ -11,8 +11,8 @@
 // rest; the text parser rejects anything but exactly the layout's fields.
 #pragma once
 
-#include "platform/Types.h"
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/platform/Types.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
 #include <string>
 #include <string_view>

@@ -2,7 +2,7 @@
 // words, as the large community list holds and sorts them.
 #pragma once
 
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <compare>
 

@@ -1,6 +1,6 @@
-#include "platform/Dedup.h"
+#include "QorBgpCommunity/platform/Dedup.h"
 
-#include "platform/DedupHashTable.h"
+#include "QorBgpCommunity/platform/DedupHashTable.h"
 
 namespace Zup {
 

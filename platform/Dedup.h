@@ -19,10 +19,10 @@
 // a reference too), everDeduped, isDeduped.
 #pragma once
 
-#include "platform/Assert.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Assert.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <atomic>
 

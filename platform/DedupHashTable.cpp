@@ -1,6 +1,6 @@
-#include "platform/DedupHashTable.h"
+#include "QorBgpCommunity/platform/DedupHashTable.h"
 
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 #include <absl/container/flat_hash_set.h>
 

@@ -29,9 +29,9 @@
 // use: remaining handles are detached from it and keep living on their own.
 #pragma once
 
-#include "platform/Dedup.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/platform/Dedup.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <cstddef>
 #include <memory>

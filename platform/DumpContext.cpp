@@ -1,4 +1,4 @@
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 #include <algorithm>
 #include <cstdarg>

@@ -5,8 +5,8 @@
 // referred to by the line where its dump started.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <concepts>
 #include <iosfwd>

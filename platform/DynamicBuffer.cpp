@@ -1,4 +1,4 @@
-#include "platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
 
 #include <algorithm>
 #include <charconv>

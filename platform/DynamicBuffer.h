@@ -12,8 +12,8 @@
 // Not copyable or movable (the inline storage may be in use). Not thread-safe.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <cstddef>
 #include <cstring>

@@ -17,8 +17,8 @@
 // declares the enumerators, so names and values cannot drift apart.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <concepts>
 #include <cstddef>

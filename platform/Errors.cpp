@@ -1,4 +1,4 @@
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 namespace Kiv {
 

@@ -10,7 +10,7 @@
 // their results instead.
 #pragma once
 
-#include "platform/Export.h"
+#include "QorBgpCommunity/platform/Export.h"
 
 #include <stdexcept>
 #include <string>

@@ -16,7 +16,7 @@
 //   QorBgpLlgr=off      # long-lived graceful restart names off
 #pragma once
 
-#include "platform/Export.h"
+#include "QorBgpCommunity/platform/Export.h"
 
 #include <string>
 #include <string_view>

@@ -5,7 +5,7 @@
 //   using ColorRule = Rule<"Routing::Bgp::ColorRule">;
 #pragma once
 
-#include "platform/Export.h"
+#include "QorBgpCommunity/platform/Export.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -3,7 +3,7 @@
 // changes every table's layout.
 #pragma once
 
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <span>
 

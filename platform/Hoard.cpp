@@ -1,4 +1,4 @@
-#include "platform/Hoard.h"
+#include "QorBgpCommunity/platform/Hoard.h"
 
 #include <boost/interprocess/exceptions.hpp>
 #include <boost/interprocess/file_mapping.hpp>

@@ -24,10 +24,10 @@
 // stored Location (Location::loadFrom) and a StoreManager to translate it.
 #pragma once
 
-#include "platform/Assert.h"
-#include "platform/Errors.h"
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Assert.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <array>
 #include <atomic>

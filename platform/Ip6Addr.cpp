@@ -1,7 +1,7 @@
-#include "platform/Ip6Addr.h"
+#include "QorBgpCommunity/platform/Ip6Addr.h"
 
-#include "platform/Errors.h"
-#include "platform/StreamState.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/StreamState.h"
 
 #include <arpa/inet.h>
 

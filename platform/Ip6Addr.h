@@ -3,9 +3,9 @@
 // allows.
 #pragma once
 
-#include "platform/DynamicBuffer.h"
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <array>
 #include <compare>

@@ -1,4 +1,4 @@
-#include "platform/LinkBandwidth.h"
+#include "QorBgpCommunity/platform/LinkBandwidth.h"
 
 #include <charconv>
 #include <cmath>

@@ -13,7 +13,7 @@
 //   bw.toStrepWeighted();               // "1250000000"
 #pragma once
 
-#include "platform/Export.h"
+#include "QorBgpCommunity/platform/Export.h"
 
 #include <string>
 

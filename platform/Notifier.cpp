@@ -1,4 +1,4 @@
-#include "platform/Notifier.h"
+#include "QorBgpCommunity/platform/Notifier.h"
 
 #include <algorithm>
 

@@ -18,8 +18,8 @@
 // notifiees belong to one thread.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <cstddef>
 #include <vector>

@@ -19,7 +19,7 @@
 // may run.
 #pragma once
 
-#include "platform/Notifier.h"
+#include "QorBgpCommunity/platform/Notifier.h"
 
 #include <functional>
 #include <map>

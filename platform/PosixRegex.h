@@ -3,8 +3,8 @@
 // matched against the text forms of community lists.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <regex.h>
 

@@ -1,4 +1,4 @@
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 namespace Kiv {
 

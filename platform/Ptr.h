@@ -15,9 +15,9 @@
 //   foo = nullptr;                      // count 1; view keeps it alive
 #pragma once
 
-#include "platform/Assert.h"
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Assert.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <atomic>
 #include <compare>

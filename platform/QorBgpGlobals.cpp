@@ -1,4 +1,4 @@
-#include "platform/QorBgpGlobals.h"
+#include "QorBgpCommunity/platform/QorBgpGlobals.h"
 
 #include <atomic>
 

@@ -2,9 +2,9 @@
 // the basic interning table that value and list tables are built on.
 #pragma once
 
-#include "platform/DedupHashTable.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/platform/DedupHashTable.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 namespace Routing::Bgp {
 

@@ -1,4 +1,4 @@
-#include "platform/RouteMapCommListSnapshot.h"
+#include "QorBgpCommunity/platform/RouteMapCommListSnapshot.h"
 
 namespace Routing::RouteMap {
 

@@ -3,11 +3,11 @@
 // single communities coming and going.
 #pragma once
 
-#include "platform/CommunityValue.h"
-#include "platform/Export.h"
-#include "platform/Notifier.h"
-#include "platform/NotifyingCollections.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/platform/CommunityValue.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Notifier.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <cstddef>
 #include <map>

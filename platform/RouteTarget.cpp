@@ -1,8 +1,8 @@
-#include "platform/RouteTarget.h"
+#include "QorBgpCommunity/platform/RouteTarget.h"
 
-#include "platform/Errors.h"
-#include "platform/StreamState.h"
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/StreamState.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
 #include <algorithm>
 #include <charconv>

@@ -4,10 +4,10 @@
 // that text.
 #pragma once
 
-#include "platform/DynamicBuffer.h"
-#include "platform/Export.h"
-#include "platform/Hash.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/DynamicBuffer.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Hash.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <compare>
 #include <cstddef>

@@ -18,8 +18,8 @@
 // another. Thread-safe: levels are atomic and sink calls are serialised.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <atomic>
 #include <functional>

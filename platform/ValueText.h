@@ -12,8 +12,8 @@
 //   bool sorted = in.boolField("sorted");
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "show/ExtCommCache.h"
+#include "QorBgpCommunity/show/ExtCommCache.h"
 
 namespace BgpShowCli {
 

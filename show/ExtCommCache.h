@@ -11,9 +11,9 @@
 // Owned by one show-command thread; not synchronised.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <memory>
 #include <string>

@@ -2,7 +2,7 @@
 // community attributes of one received path into interned lists, matches
 // them against a route-map regular expression, prints their text and writes
 // them back to the wire.
-#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 
 #include <array>
 #include <iostream>

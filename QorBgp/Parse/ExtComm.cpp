@@ -1,6 +1,6 @@
 // The recognition framework's shared parts: rule controls and bases, the
 // registry, and the plug-in base's handlers and installers.
-#include "QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
 
 #include <ostream>
 #include <vector>

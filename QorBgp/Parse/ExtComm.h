@@ -3,8 +3,8 @@
 // builds them in order. Include this to use the recognition framework.
 #pragma once
 
-#include "QorBgp/Parse/ExtCommContainer.h"
-#include "QorBgp/Parse/ExtCommParser.h"
-#include "QorBgp/Parse/ExtCommPluginBase.h"
-#include "QorBgp/Parse/ExtCommRuleBase.h"
-#include "QorBgp/Parse/ExtCommRuleCollections.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommContainer.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommParser.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommPluginBase.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRuleBase.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRuleCollections.h"

@@ -1,6 +1,6 @@
-#include "QorBgp/Parse/ExtCommColor.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommColor.h"
 
-#include "QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
 
 namespace Routing::Bgp {
 

@@ -13,11 +13,11 @@
 //   color->toStrep();                        // "<Color: 100(01) 0x030b400000000064>"
 #pragma once
 
-#include "QorBgp/Parse/ExtCommPluginBase.h"
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommPluginBase.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <iosfwd>
 #include <string>

@@ -1,12 +1,12 @@
-#include "QorBgp/Parse/ExtCommContainer.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommContainer.h"
 
-#include "QorBgp/Parse/ExtCommColor.h"
-#include "QorBgp/Parse/ExtCommDefaultGateway.h"
-#include "QorBgp/Parse/ExtCommLinkBandwidth.h"
-#include "QorBgp/Parse/ExtCommOriginValidationState.h"
-#include "QorBgp/Parse/ExtCommRouteOrigin.h"
-#include "QorBgp/Parse/ExtCommRouteTarget.h"
-#include "QorBgp/Parse/ExtCommTunnelEncap.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommColor.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommDefaultGateway.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommLinkBandwidth.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommOriginValidationState.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteOrigin.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteTarget.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommTunnelEncap.h"
 
 namespace Routing::Bgp {
 

@@ -11,7 +11,7 @@
 // past the highest position in use, Deq removes the first. Single-threaded.
 #pragma once
 
-#include "QorBgp/Parse/ExtCommPluginBase.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommPluginBase.h"
 
 namespace Routing::Bgp {
 

@@ -1,6 +1,6 @@
-#include "QorBgp/Parse/ExtCommDefaultGateway.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommDefaultGateway.h"
 
-#include "QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
 
 namespace Routing::Bgp {
 

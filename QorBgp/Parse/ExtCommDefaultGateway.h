@@ -10,10 +10,10 @@
 //   gw->toStrep();                          // "<DefaultGateway 0x030d000000000000>"
 #pragma once
 
-#include "QorBgp/Parse/ExtCommPluginBase.h"
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommPluginBase.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <iosfwd>
 #include <string>

@@ -1,6 +1,6 @@
-#include "QorBgp/Parse/ExtCommLinkBandwidth.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommLinkBandwidth.h"
 
-#include "platform/Assert.h"
+#include "QorBgpCommunity/platform/Assert.h"
 
 #include <bit>
 #include <charconv>

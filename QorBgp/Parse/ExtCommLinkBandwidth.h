@@ -14,11 +14,11 @@
 //   lbw->toStrep();          // "<LinkBandwidth 65000:1.25e+09 0x4004fde84e9502f9>"
 #pragma once
 
-#include "QorBgp/Parse/ExtCommPluginBase.h"
-#include "QorBgp/QorBgpCommunityKinds.h"
-#include "platform/Export.h"
-#include "platform/LinkBandwidth.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommPluginBase.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/LinkBandwidth.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <iosfwd>
 #include <string>

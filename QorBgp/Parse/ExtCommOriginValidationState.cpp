@@ -1,6 +1,6 @@
-#include "QorBgp/Parse/ExtCommOriginValidationState.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommOriginValidationState.h"
 
-#include "QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
 
 namespace Routing::Bgp {
 

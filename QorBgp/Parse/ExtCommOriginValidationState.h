@@ -11,11 +11,11 @@
 //   ovs->toStrep();              // "<OriginValidationState invalid 0x4300000000000002>"
 #pragma once
 
-#include "QorBgp/Parse/ExtCommPluginBase.h"
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommPluginBase.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <iosfwd>
 #include <string>

@@ -1,7 +1,7 @@
-#include "QorBgp/Parse/ExtCommParser.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommParser.h"
 
-#include "QorBgp/QorBgpCommunityKinds.h"
-#include "platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 namespace Routing::Bgp {
 

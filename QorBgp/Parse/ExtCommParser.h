@@ -18,8 +18,8 @@
 // for a code wins; a null rule raises Kiv::NullArgumentError.
 #pragma once
 
-#include "QorBgp/Parse/ExtCommRuleCollections.h"
-#include "platform/NotifyingCollections.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRuleCollections.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
 
 #include <string>
 

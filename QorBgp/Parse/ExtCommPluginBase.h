@@ -22,8 +22,8 @@
 // after ruleCollectionsDel(). Single-threaded.
 #pragma once
 
-#include "QorBgp/Parse/ExtCommParser.h"
-#include "QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommParser.h"
+#include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
 
 #include <memory>
 

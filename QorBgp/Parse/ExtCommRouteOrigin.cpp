@@ -1,4 +1,4 @@
-#include "QorBgp/Parse/ExtCommRouteOrigin.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteOrigin.h"
 
 namespace Routing::Bgp {
 

@@ -1,4 +1,4 @@
-#include "QorBgp/Parse/ExtCommRouteTarget.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteTarget.h"
 
 namespace Routing::Bgp {
 

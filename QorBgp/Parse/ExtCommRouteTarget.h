@@ -13,10 +13,10 @@
 //   rt->toStrepForPolicy(ExtComm::StrepFormat(2));  // "RT:65000:100"
 #pragma once
 
-#include "QorBgp/Parse/ExtCommPluginBase.h"
-#include "QorBgp/QorBgpCommunityKinds.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommPluginBase.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <iosfwd>
 #include <string>

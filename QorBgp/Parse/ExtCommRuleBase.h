@@ -14,14 +14,14 @@
 // reactor thread), though parsing itself only reads.
 #pragma once
 
-#include "QorBgp/ExtCommIp6.h"
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/Errors.h"
-#include "platform/Export.h"
-#include "platform/FixedName.h"
-#include "platform/Notifier.h"
-#include "platform/Ptr.h"
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/FixedName.h"
+#include "QorBgpCommunity/platform/Notifier.h"
+#include "QorBgpCommunity/platform/Ptr.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
 #include <compare>
 #include <cstdint>

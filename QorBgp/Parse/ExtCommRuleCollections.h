@@ -17,8 +17,8 @@
 // controls) and the plug-ins. Single-threaded.
 #pragma once
 
-#include "QorBgp/Parse/ExtCommRuleBase.h"
-#include "platform/NotifyingCollections.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRuleBase.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
 
 #include <type_traits>
 

@@ -1,6 +1,6 @@
-#include "QorBgp/Parse/ExtCommTunnelEncap.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommTunnelEncap.h"
 
-#include "QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
 
 namespace Routing::Bgp {
 

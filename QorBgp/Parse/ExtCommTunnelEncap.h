@@ -11,11 +11,11 @@
 //   encap->toStrep();              // "<TunnelEncap 8:tunnelTypeVxlan 0x030c000000000008>"
 #pragma once
 
-#include "QorBgp/BgpPathAttributeEnums.h"
-#include "QorBgp/Parse/ExtCommPluginBase.h"
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/Export.h"
-#include "platform/Ptr.h"
+#include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommPluginBase.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/Export.h"
+#include "QorBgpCommunity/platform/Ptr.h"
 
 #include <iosfwd>
 #include <string>

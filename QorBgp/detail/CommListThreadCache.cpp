@@ -1,4 +1,4 @@
-#include "QorBgp/detail/CommListThreadCache.h"
+#include "QorBgpCommunity/QorBgp/detail/CommListThreadCache.h"
 
 #include <algorithm>
 #include <new>

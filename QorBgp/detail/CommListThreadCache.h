@@ -14,8 +14,8 @@
 // replaced, the thread ends, or the thread calls CommList::releaseThreadCache().
 #pragma once
 
-#include "QorBgp/QorBgpCommunityListStandard.h"
-#include "platform/DedupHashTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListStandard.h"
+#include "QorBgpCommunity/platform/DedupHashTable.h"
 
 #include <memory>
 #include <span>

@@ -2,8 +2,8 @@
 // on their flat element vectors that both share. Not part of the public API.
 #pragma once
 
-#include "platform/Hash.h"
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Hash.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <algorithm>
 #include <new>

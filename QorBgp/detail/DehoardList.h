@@ -2,8 +2,8 @@
 // every list kind. Private to the library.
 #pragma once
 
-#include "QorBgp/QorBgpTrace.h"
-#include "platform/Hoard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/platform/Hoard.h"
 
 namespace Routing::Bgp::detail {
 

@@ -10,11 +10,11 @@
 // assertions print (the calling list's).
 #pragma once
 
-#include "QorBgp/QorBgpCommunityPacketTypes.h"
-#include "QorBgp/QorBgpSerialize.h"
-#include "platform/Assert.h"
-#include "platform/Dedup.h"
-#include "platform/Hash.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgpCommunity/QorBgp/QorBgpSerialize.h"
+#include "QorBgpCommunity/platform/Assert.h"
+#include "QorBgpCommunity/platform/Dedup.h"
+#include "QorBgpCommunity/platform/Hash.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,6 +1,6 @@
-#include "QorBgp/BgpPathAttributeEnums.h"
+#include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

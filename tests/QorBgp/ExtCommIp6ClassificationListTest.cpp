@@ -1,4 +1,4 @@
-#include "QorBgp/ExtCommIp6ClassificationList.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6ClassificationList.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "QorBgp/ExtCommIp6DedupTable.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6DedupTable.h"
 
-#include "QorBgp/Parse/ExtComm.h"
-#include "platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

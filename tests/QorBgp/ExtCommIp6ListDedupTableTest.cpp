@@ -1,9 +1,9 @@
-#include "QorBgp/ExtCommIp6ListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6ListDedupTable.h"
 
-#include "QorBgp/ExtCommIp6DedupTable.h"
-#include "QorBgp/ExtCommIp6List.h"
-#include "QorBgp/Parse/ExtComm.h"
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6DedupTable.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
 
-#include "QorBgp/ExtCommIp6DedupTable.h"
-#include "QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6DedupTable.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
 #include "tests/platform/HoardTestSegment.h"
 
 #include <gtest/gtest.h>

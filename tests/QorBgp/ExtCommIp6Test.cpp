@@ -1,6 +1,6 @@
-#include "QorBgp/ExtCommIp6.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

@@ -3,13 +3,13 @@
 // core, ExtCommListCore, as one typed suite: publication, classification
 // lists, lookup, identity, wire selection, snapshots and the contract checks. What only one family
 // does is in its own list's test.
-#include "QorBgp/ExtCommIp6DedupTable.h"
-#include "QorBgp/ExtCommIp6List.h"
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/QorBgpCommunityDecode.h"
-#include "QorBgp/QorBgpCommunityDedupTable.h"
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
-#include "platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6DedupTable.h"
+#include "QorBgpCommunity/QorBgp/ExtCommIp6List.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

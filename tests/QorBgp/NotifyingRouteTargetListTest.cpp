@@ -1,4 +1,4 @@
-#include "QorBgp/NotifyingRouteTargetList.h"
+#include "QorBgpCommunity/QorBgp/NotifyingRouteTargetList.h"
 
 #include <gtest/gtest.h>
 

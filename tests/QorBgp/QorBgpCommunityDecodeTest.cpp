@@ -1,4 +1,4 @@
-#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Interning extended communities from several threads in the multi-threaded
 // form. Built into the stress program, which also runs under ThreadSanitizer.
-#include "QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
 
-#include "QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
 
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/Parse/ExtCommRouteOrigin.h"
-#include "QorBgp/Parse/ExtCommRouteTarget.h"
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteOrigin.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteTarget.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 #include <gtest/gtest.h>
 

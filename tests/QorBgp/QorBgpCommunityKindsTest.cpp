@@ -1,7 +1,7 @@
-#include "QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
 
-#include "QorBgp/Parse/ExtCommRouteOrigin.h"
-#include "QorBgp/Parse/ExtCommRouteTarget.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteOrigin.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteTarget.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "QorBgp/QorBgpCommunityListClassification.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListClassification.h"
 
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
 
-#include "QorBgp/QorBgpCommunity.h"
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"
 
 #include "QorBgpCommunityListExtTestLists.h"
-#include "platform/DumpContext.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"
 
-#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 #include "QorBgpCommunityListExtTestLists.h"
 #include "tests/platform/HoardTestSegment.h"
 

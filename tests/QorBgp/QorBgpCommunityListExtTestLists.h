@@ -2,9 +2,9 @@
 // intern into, and a list published from content words.
 #pragma once
 
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/QorBgpCommunityDedupTable.h"
-#include "QorBgp/QorBgpCommunityListExtDedupTable.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
 
 #include "QorBgpCommunityListExtTestLists.h"
 

@@ -1,4 +1,4 @@
-#include "QorBgp/QorBgpCommunityListHoard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListHoard.h"
 
 #include "tests/platform/HoardTestSegment.h"
 

@@ -1,7 +1,7 @@
-#include "QorBgp/QorBgpCommunityListLarge.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListLarge.h"
 
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
 #include <gtest/gtest.h>
 

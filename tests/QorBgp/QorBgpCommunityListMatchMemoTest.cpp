@@ -1,7 +1,7 @@
 // The memo shared by two threads must give exactly the uncached answer. Built
 // into the stress program, so that it also runs under ThreadSanitizer (the
 // fuzz target checks the answers over releases and reused addresses).
-#include "QorBgp/QorBgpCommunityListMatchMemo.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListMatchMemo.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "QorBgp/QorBgpCommunityListStandard.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListStandard.h"
 
-#include "QorBgp/QorBgpCommunityDecode.h"
-#include "QorBgp/QorBgpCommunityListDedupTable.h"
-#include "platform/FeatureToggle.h"
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/platform/FeatureToggle.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpCommunityPacketTypes.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityPacketTypes.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 #include "tests/platform/HoardTestSegment.h"
 
 #include <gtest/gtest.h>

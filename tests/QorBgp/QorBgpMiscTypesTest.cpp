@@ -1,6 +1,6 @@
-#include "QorBgp/QorBgpMiscTypes.h"
+#include "QorBgpCommunity/QorBgp/QorBgpMiscTypes.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

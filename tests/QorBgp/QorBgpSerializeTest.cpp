@@ -1,4 +1,4 @@
-#include "QorBgp/QorBgpSerialize.h"
+#include "QorBgpCommunity/QorBgp/QorBgpSerialize.h"
 
 #include <gtest/gtest.h>
 

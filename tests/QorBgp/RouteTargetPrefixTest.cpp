@@ -1,6 +1,6 @@
-#include "QorBgp/RouteTargetPrefix.h"
+#include "QorBgpCommunity/QorBgp/RouteTargetPrefix.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

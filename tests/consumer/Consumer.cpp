@@ -1,8 +1,8 @@
 // Decodes one COMMUNITIES attribute through the installed library and checks
 // what comes back: exit 0 when the text, the sharing and the wire form are
 // right, 1 otherwise.
-#include "QorBgp/QorBgpCommunityDecode.h"
-#include "QorBgp/QorBgpVersion.h"
+#include <QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h>
+#include <QorBgpCommunity/QorBgpVersion.h>
 
 #include <array>
 #include <iostream>

@@ -22,4 +22,14 @@ export PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig"
    -o "$work/consumer-pc" $(pkg-config --libs QorBgpCommunity) \
    -Wl,-rpath,"$work/prefix/lib"
 "$work/consumer-pc"
-echo "installed package: consumed through CMake and pkg-config"
+# Every installed header compiles on its own, and none of them picks up a
+# user's header of the same name as one of ours that is earlier on the path.
+mkdir -p "$work/shadow/platform" "$work/shadow/QorBgp"
+echo '#error a user header shadowed the library'"'"'s' >"$work/shadow/platform/Types.h"
+cp "$work/shadow/platform/Types.h" "$work/shadow/QorBgp/QorBgpCommunity.h"
+(cd "$work/prefix/include" && find QorBgpCommunity -name '*.h' | sort) |
+   sed 's/.*/#include <&>/' >"$work/every-header.cpp"
+# shellcheck disable=SC2046,SC2086
+"$cxx" -std=c++20 -fsyntax-only -I"$work/shadow" $(pkg-config --cflags QorBgpCommunity) \
+   "$work/every-header.cpp"
+echo "installed package: consumed through CMake and pkg-config; every header stands alone"

@@ -1,4 +1,4 @@
-#include "platform/Assert.h"
+#include "QorBgpCommunity/platform/Assert.h"
 
 #include <gtest/gtest.h>
 

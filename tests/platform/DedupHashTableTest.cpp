@@ -1,7 +1,7 @@
-#include "platform/DedupHashTable.h"
+#include "QorBgpCommunity/platform/DedupHashTable.h"
 
-#include "platform/DumpContext.h"
-#include "platform/Hash.h"
+#include "QorBgpCommunity/platform/DumpContext.h"
+#include "QorBgpCommunity/platform/Hash.h"
 
 #include <gtest/gtest.h>
 

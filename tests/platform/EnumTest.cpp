@@ -1,6 +1,6 @@
-#include "platform/Enum.h"
+#include "QorBgpCommunity/platform/Enum.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

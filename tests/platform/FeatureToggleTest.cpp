@@ -1,4 +1,4 @@
-#include "platform/FeatureToggle.h"
+#include "QorBgpCommunity/platform/FeatureToggle.h"
 
 #include <gtest/gtest.h>
 

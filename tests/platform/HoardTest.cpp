@@ -4,7 +4,7 @@
 // header, a segment cut short or whose header lies about its size, locations
 // that point anywhere), each ending in a clear error or a failed validation,
 // never in a read outside the mapping.
-#include "platform/Hoard.h"
+#include "QorBgpCommunity/platform/Hoard.h"
 
 #include "HoardTestSegment.h"
 

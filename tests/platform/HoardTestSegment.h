@@ -3,7 +3,7 @@
 // test's outcome.
 #pragma once
 
-#include "platform/Hoard.h"
+#include "QorBgpCommunity/platform/Hoard.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "platform/Ip6Addr.h"
+#include "QorBgpCommunity/platform/Ip6Addr.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "platform/Notifier.h"
+#include "QorBgpCommunity/platform/Notifier.h"
 
-#include "platform/NotifyingCollections.h"
+#include "QorBgpCommunity/platform/NotifyingCollections.h"
 
 #include <gtest/gtest.h>
 

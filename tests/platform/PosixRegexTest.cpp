@@ -1,6 +1,6 @@
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "platform/RouteTarget.h"
+#include "QorBgpCommunity/platform/RouteTarget.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "platform/Trace.h"
+#include "QorBgpCommunity/platform/Trace.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

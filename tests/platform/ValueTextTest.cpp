@@ -1,6 +1,6 @@
-#include "platform/ValueText.h"
+#include "QorBgpCommunity/platform/ValueText.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

@@ -14,7 +14,7 @@
 //   for (auto const& problem : reader->report().problems) { warn(problem.offset, problem.text); }
 #pragma once
 
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <cstddef>
 #include <memory>

@@ -4,7 +4,7 @@
 // Private to the qorbgp-mrt library (tests may use it to build records by hand).
 #pragma once
 
-#include "platform/Types.h"
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <array>
 #include <charconv>

@@ -3,7 +3,7 @@
 #include "tools/mrt/MrtFile.h"
 #include "tools/mrt/MrtWire.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <algorithm>
 #include <limits>

@@ -2,8 +2,8 @@
 #include "Commands.h"
 #include "PathLists.h"
 
-#include "QorBgp/BgpPathAttributeEnums.h"
-#include "platform/RouteTarget.h"
+#include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
+#include "QorBgpCommunity/platform/RouteTarget.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #include "PathLists.h"
 
-#include "QorBgp/BgpPathAttributeEnums.h"
+#include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
 
 namespace QorBgpTools {
 

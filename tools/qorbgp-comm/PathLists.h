@@ -4,7 +4,7 @@
 
 #include "tools/mrt/MrtReader.h"
 
-#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 
 #include <string>
 

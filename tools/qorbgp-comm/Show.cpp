@@ -3,8 +3,8 @@
 #include "Commands.h"
 #include "PathLists.h"
 
-#include "platform/Errors.h"
-#include "platform/PosixRegex.h"
+#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,8 +1,8 @@
-#include "QorBgp/Parse/ExtCommColor.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommColor.h"
 
 #include "ExtCommTestSupport.h"
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
-#include "QorBgp/Parse/ExtCommContainer.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommContainer.h"
 
-#include "QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "QorBgp/Parse/ExtCommDefaultGateway.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommDefaultGateway.h"
 
 #include "ExtCommTestSupport.h"
 

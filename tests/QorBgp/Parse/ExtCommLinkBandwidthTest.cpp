@@ -1,4 +1,4 @@
-#include "QorBgp/Parse/ExtCommLinkBandwidth.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommLinkBandwidth.h"
 
 #include "ExtCommTestSupport.h"
 

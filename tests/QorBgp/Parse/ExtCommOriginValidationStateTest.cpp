@@ -1,4 +1,4 @@
-#include "QorBgp/Parse/ExtCommOriginValidationState.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommOriginValidationState.h"
 
 #include "ExtCommTestSupport.h"
 

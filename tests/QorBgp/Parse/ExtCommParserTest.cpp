@@ -1,16 +1,16 @@
-#include "QorBgp/Parse/ExtCommParser.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommParser.h"
 
 #include "ExtCommTestSupport.h"
-#include "QorBgp/Parse/ExtComm.h"
-#include "QorBgp/Parse/ExtCommColor.h"
-#include "QorBgp/Parse/ExtCommDefaultGateway.h"
-#include "QorBgp/Parse/ExtCommLinkBandwidth.h"
-#include "QorBgp/Parse/ExtCommOriginValidationState.h"
-#include "QorBgp/Parse/ExtCommRouteOrigin.h"
-#include "QorBgp/Parse/ExtCommRouteTarget.h"
-#include "QorBgp/Parse/ExtCommTunnelEncap.h"
-#include "QorBgp/QorBgpCommunityKinds.h"
-#include "platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommColor.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommDefaultGateway.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommLinkBandwidth.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommOriginValidationState.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteOrigin.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommRouteTarget.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommTunnelEncap.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityKinds.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

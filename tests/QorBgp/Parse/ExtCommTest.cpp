@@ -1,8 +1,8 @@
-#include "QorBgp/Parse/ExtComm.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtComm.h"
 
 #include "ExtCommTestSupport.h"
-#include "QorBgp/Parse/ExtCommColor.h"
-#include "platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommColor.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 // it in, or `diagnostic` for its toStrep(), and the exact text expected).
 #pragma once
 
-#include "QorBgp/QorBgpCommunity.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
 
 #include <gtest/gtest.h>
 

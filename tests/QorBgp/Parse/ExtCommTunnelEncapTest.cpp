@@ -1,4 +1,4 @@
-#include "QorBgp/Parse/ExtCommTunnelEncap.h"
+#include "QorBgpCommunity/QorBgp/Parse/ExtCommTunnelEncap.h"
 
 #include "ExtCommTestSupport.h"
 

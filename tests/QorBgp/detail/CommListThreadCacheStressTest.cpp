@@ -1,9 +1,9 @@
 // Standard lists looked up by value from several threads, through each
 // thread's cache of them. Built into the stress program, which also runs
 // under ThreadSanitizer.
-#include "QorBgp/detail/CommListThreadCache.h"
+#include "QorBgpCommunity/QorBgp/detail/CommListThreadCache.h"
 
-#include "QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 
 #include <gtest/gtest.h>
 

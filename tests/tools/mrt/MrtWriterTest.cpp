@@ -2,7 +2,7 @@
 
 #include "MrtFileTestFixture.h"
 
-#include "platform/Errors.h"
+#include "QorBgpCommunity/platform/Errors.h"
 
 #include <functional>
 
