@@ -3,12 +3,25 @@
 // text, and a synthetic RIB dump to try it all with no outside data.
 #include "Commands.h"
 
+#include "QorBgpCommunity/QorBgpVersion.h"
+
 #include <CLI/CLI.hpp>
+
+#include <cstdio>
+
+namespace {
+
+// The exit status of a command-line mistake (unknown subcommand or option,
+// missing or invalid argument), as for most Unix tools.
+constexpr int usageErrorStatus = 2;
+
+} // namespace
 
 int main(int argc, char** argv) {
    using namespace QorBgpTools;
    CLI::App app{"qorbgp-comm: BGP communities in MRT dumps, through the QorBgpCommunity library"};
    app.require_subcommand(1);
+   app.set_version_flag("--version", "qorbgp-comm " QORBGP_VERSION_STRING);
 
    StatsOptions stats;
    auto* statsCommand = app.add_subcommand(
@@ -64,7 +77,20 @@ int main(int argc, char** argv) {
    synthCommand->add_option("--peers", synth.peers, "Number of peers")->capture_default_str();
    synthCommand->add_option("--seed", synth.seed, "Random seed")->capture_default_str();
 
-   CLI11_PARSE(app, argc, argv);
+   // CLI11 would only say that a subcommand is required.
+   if (argc > 1 && argv[1][0] != '-' &&
+       app.get_subcommands([&](CLI::App* s) { return s->get_name() == argv[1]; }).empty()) {
+      std::fprintf(stderr, "qorbgp-comm: unknown subcommand '%s'\nRun with --help for more "
+                           "information.\n", argv[1]);
+      return usageErrorStatus;
+   }
+   try {
+      app.parse(argc, argv);
+   } catch (CLI::ParseError const& e) {
+      // Prints the help, the version or the mistake; --help and --version
+      // end successfully, every mistake with the usage status.
+      return app.exit(e) == 0 ? 0 : usageErrorStatus;
+   }
 
    if (*statsCommand) {
       return runStats(stats);
