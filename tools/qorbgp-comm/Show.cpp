@@ -2,6 +2,7 @@
 // them or those a route-map regular expression matches.
 #include "Commands.h"
 #include "PathLists.h"
+#include "ReadProblems.h"
 
 #include "QorBgpCommunity/platform/Errors.h"
 #include "QorBgpCommunity/platform/PosixRegex.h"
@@ -74,7 +75,9 @@ void printPath(mrt::Path const& path, PathLists const& lists, bool asdot) {
    }
 }
 
-// Runs `visit(path, lists)` for every path of `file`; false when it cannot be read.
+// Runs `visit(path, lists)` for every path of `file` until it returns false;
+// false when the file cannot be opened or was not read whole up to there
+// (each problem is reported on standard error).
 template <class Visit>
 bool forEachPath(std::string const& file, char const* command, Visit visit) {
    std::string error;
@@ -90,7 +93,7 @@ bool forEachPath(std::string const& file, char const* command, Visit visit) {
          break;
       }
    }
-   return true;
+   return reportReadProblems(command, file, reader->report());
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 // them, what memory they hold, which communities are most used.
 #include "Commands.h"
 #include "PathLists.h"
+#include "ReadProblems.h"
 
 #include <nlohmann/json.hpp>
 
@@ -136,6 +137,9 @@ int runStats(StatsOptions const& options) {
          }
       }
       mrt::Report const& report = reader->report();
+      if (!reportReadProblems("stats", file, report)) {
+         status = 1;
+      }
       totals.skippedRecords += report.skippedRecords;
       totals.ignoredRecords += report.ignoredRecords;
       for (mrt::Problem const& problem : report.problems) {
