@@ -15,7 +15,7 @@ struct StatsOptions {
 int runStats(StatsOptions const& options);
 
 struct ShowOptions {
-   std::string file;
+   std::vector<std::string> files; // read one after the other
    std::string prefix; // only paths of this prefix when set
    bool asdot = false;
    bool json = false;
@@ -25,7 +25,7 @@ int runShow(ShowOptions const& options);
 
 struct MatchOptions {
    std::string regex;
-   std::string file;
+   std::vector<std::string> files; // read one after the other
    bool json = false;
 };
 int runMatch(MatchOptions const& options);

@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
    ShowOptions show;
    auto* showCommand =
       app.add_subcommand("show", "Print each path's community lists in their show text");
-   showCommand->add_option("FILE", show.file, "MRT file")->required();
+   showCommand->add_option("FILE", show.files, "MRT files, read one after the other")->required();
    showCommand->add_option("--prefix", show.prefix, "Only paths of this prefix, e.g. 192.0.2.0/24");
    showCommand->add_flag("--asdot", show.asdot, "AS numbers of 65536 and above in asdot form");
    showCommand->add_flag("--json", show.json, "One JSON object per path, one per line");
@@ -45,7 +45,8 @@ int main(int argc, char** argv) {
       "match", "Print the paths whose standard, large or extended communities match a route-map "
                "regular expression (POSIX extended syntax)");
    matchCommand->add_option("REGEX", match.regex, "Route-map regular expression")->required();
-   matchCommand->add_option("FILE", match.file, "MRT file")->required();
+   matchCommand->add_option("FILE", match.files, "MRT files, read one after the other")
+      ->required();
    matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
 
    DecodeOptions decode;

@@ -75,33 +75,42 @@ void printPath(mrt::Path const& path, PathLists const& lists, bool asdot) {
    }
 }
 
-// Runs `visit(path, lists)` for every path of `file` until it returns false;
-// false when the file cannot be opened or was not read whole up to there
-// (each problem is reported on standard error).
+// Runs `visit(path, lists)` for every path of `files`, one file after the
+// other, until it returns false. The exit status: 0, or 1 when a file could
+// not be opened or was not read whole up to there (each problem is reported
+// on standard error, and the other files are still read).
 template <class Visit>
-bool forEachPath(std::string const& file, char const* command, Visit visit) {
-   std::string error;
-   auto reader = mrt::MrtReader::open(file, &error);
-   if (!reader) {
-      std::cerr << "qorbgp-comm " << command << ": " << error << '\n';
-      return false;
-   }
+int forEachPath(std::vector<std::string> const& files, char const* command, Visit visit) {
    auto tables = communityTablesFactory();
-   mrt::Path path;
-   while (reader->next(path)) {
-      if (!visit(path, decodePathLists(*tables, path))) {
+   int status = 0;
+   for (std::string const& file : files) {
+      std::string error;
+      auto reader = mrt::MrtReader::open(file, &error);
+      if (!reader) {
+         std::cerr << "qorbgp-comm " << command << ": " << error << '\n';
+         status = 1;
+         continue;
+      }
+      mrt::Path path;
+      bool more = true;
+      while (more && reader->next(path)) {
+         more = visit(path, decodePathLists(*tables, path));
+      }
+      if (!reportReadProblems(command, file, reader->report())) {
+         status = 1;
+      }
+      if (!more) {
          break;
       }
    }
-   return reportReadProblems(command, file, reader->report());
+   return status;
 }
 
 } // namespace
 
 int runShow(ShowOptions const& options) {
    std::size_t shown = 0;
-   bool const read = forEachPath(options.file, "show", [&](mrt::Path const& path,
-                                                            PathLists const& lists) {
+   return forEachPath(options.files, "show", [&](mrt::Path const& path, PathLists const& lists) {
       if (!options.prefix.empty() && path.prefix != options.prefix) {
          return true;
       }
@@ -112,7 +121,6 @@ int runShow(ShowOptions const& options) {
       }
       return options.limit == 0 || ++shown < options.limit;
    });
-   return read ? 0 : 1;
 }
 
 int runMatch(MatchOptions const& options) {
@@ -122,8 +130,7 @@ int runMatch(MatchOptions const& options) {
       return 2;
    }
    Routing::RouteMap::PosixRegex const* regex = compiled.regex.get();
-   bool const read = forEachPath(options.file, "match", [&](mrt::Path const& path,
-                                                             PathLists const& lists) {
+   return forEachPath(options.files, "match", [&](mrt::Path const& path, PathLists const& lists) {
       bool const matched = (lists.standard && lists.standard->matchCommunitiesRegex(regex)) ||
                            (lists.large && lists.large->matchCommunitiesRegex(regex)) ||
                            (lists.extended && lists.extended->matchCommunitiesRegex(regex));
@@ -136,7 +143,6 @@ int runMatch(MatchOptions const& options) {
       }
       return true;
    });
-   return read ? 0 : 1;
 }
 
 } // namespace QorBgpTools

@@ -1,7 +1,7 @@
-// The subcommands that read MRT files on input they cannot read whole: a
-// compressed dump cut short still gives what could be read, but the problem
-// is reported on standard error with the file and offset, and the exit
-// status is 1.
+// The subcommands that read MRT files, on several files and on input they
+// cannot read whole: a compressed dump cut short still gives what could be
+// read, but the problem is reported on standard error with the file and
+// offset, and the exit status is 1.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -66,6 +66,16 @@ TEST_F(ReadProblems, ATruncatedDumpIsReportedAndFails) {
       EXPECT_FALSE(outcome.out.empty()); // what could be read is still shown
       EXPECT_NE(outcome.err.find(cut + " offset "), std::string::npos) << outcome.err;
    }
+
+   // Several files are read one after the other; a damaged one does not stop
+   // the others, and the status still says that one was not read whole.
+   Outcome const one = run("show " + whole);
+   Outcome const two = run("show " + whole + " " + whole);
+   EXPECT_EQ(two.status, 0);
+   EXPECT_EQ(two.out, one.out + one.out);
+   Outcome const mixed = run("show " + cut + " " + whole);
+   EXPECT_EQ(mixed.status, 1);
+   EXPECT_NE(mixed.out.find(one.out), std::string::npos);
 }
 
 } // namespace
