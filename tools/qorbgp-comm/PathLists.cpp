@@ -74,13 +74,14 @@ std::string extendedText(ExtCommList const* list, bool asdot) {
                : std::string();
 }
 
+std::string ip6ValueText(ExtCommIp6 const& comm) {
+   return comm.toStrepForPolicy(ExtCommIp6::StrepFormat(ExtCommIp6::StrepFormat::flagClassification |
+                                                        ExtCommIp6::StrepFormat::flagUI));
+}
+
 std::string ip6Text(ExtCommIp6List const* list) {
-   ExtCommIp6::StrepFormat const ui(ExtCommIp6::StrepFormat::flagClassification |
-                                    ExtCommIp6::StrepFormat::flagUI);
    return list ? joined(*list->commVectorRawPtr(),
-                        [&ui](ExtCommIp6::PtrConst const& comm) {
-                           return comm->toStrepForPolicy(ui);
-                        })
+                        [](ExtCommIp6::PtrConst const& comm) { return ip6ValueText(*comm); })
                : std::string();
 }
 

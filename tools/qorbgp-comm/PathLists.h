@@ -30,5 +30,7 @@ std::string standardText(Routing::Bgp::CommList const* list);
 std::string largeText(Routing::Bgp::LargeCommList const* list, bool asdot);
 std::string extendedText(Routing::Bgp::ExtCommList const* list, bool asdot);
 std::string ip6Text(Routing::Bgp::ExtCommIp6List const* list);
+// One IPv6-address-specific value in the show text ip6Text joins.
+std::string ip6ValueText(Routing::Bgp::ExtCommIp6 const& comm);
 
 } // namespace QorBgpTools

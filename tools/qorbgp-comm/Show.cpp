@@ -44,7 +44,11 @@ nlohmann::json pathJson(mrt::Path const& path, PathLists const& lists, bool asdo
       out["extendedCommunities"] = values;
    }
    if (lists.ip6) {
-      out["ipv6ExtendedCommunities"] = ip6Text(lists.ip6.get());
+      nlohmann::json values = nlohmann::json::array();
+      for (ExtCommIp6::PtrConst const& comm : *lists.ip6->commVectorRawPtr()) {
+         values.push_back(ip6ValueText(*comm));
+      }
+      out["ipv6ExtendedCommunities"] = values;
    }
    if (!lists.malformed.empty()) {
       out["malformed"] = lists.malformed;

@@ -41,9 +41,8 @@ class ReadProblems : public ::testing::Test {
 
    Outcome run(std::string const& arguments) const {
       std::string const out = (dir_ / "out").string(), err = (dir_ / "err").string();
-      int const status = std::system((std::string(QORBGP_COMM) + " " + arguments + " >" + out +
-                                      " 2>" + err)
-                                        .c_str());
+      int const status = std::system(
+         (std::string(QORBGP_COMM) + " " + arguments + " >" + out + " 2>" + err).c_str());
       return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
    }
 
