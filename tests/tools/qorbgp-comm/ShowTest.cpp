@@ -1,37 +1,21 @@
 // show --json on a path carrying all four community attributes: every list
 // is an array of the values' show texts.
+#include "ToolTest.h"
 #include "tools/mrt/MrtWriter.h"
 
 #include <nlohmann/json.hpp>
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <filesystem>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
 
 namespace mrt = QorBgpTools::mrt;
 
-std::string toolOutput(std::string const& arguments) {
-   std::string const command = std::string(QORBGP_COMM) + " " + arguments;
-   FILE* pipe = ::popen(command.c_str(), "r");
-   std::string output;
-   char buffer[4096];
-   while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) {
-      output.append(buffer, n);
-   }
-   EXPECT_EQ(::pclose(pipe), 0) << command;
-   return output;
-}
+using QorBgpCommShow = ToolTest;
 
-TEST(QorBgpCommShow, JsonGivesEveryListAsAnArray) {
-   std::string const file = (std::filesystem::temp_directory_path() /
-                             ("qorbgp-show-" + std::to_string(::getpid()) + ".mrt"))
-                               .string();
+TEST_F(QorBgpCommShow, JsonGivesEveryListAsAnArray) {
+   std::string const file = path("rib.mrt");
    {
       std::string error;
       auto writer = mrt::MrtWriter::create(file, mrt::Compression::none, &error);
@@ -53,15 +37,16 @@ TEST(QorBgpCommShow, JsonGivesEveryListAsAnArray) {
       writer->ribEntry(1700000000, 0, "198.51.100.0/24", entries);
       ASSERT_TRUE(writer->close(&error)) << error;
    }
-   nlohmann::json const path = nlohmann::json::parse(toolOutput("show --json " + file));
-   SCOPED_TRACE(path.dump());
-   std::filesystem::remove(file);
-   EXPECT_EQ(path.value("communities", nlohmann::json()),
+   Outcome const shown = run("show --json " + file);
+   ASSERT_EQ(shown.status, 0) << shown.err;
+   nlohmann::json const listed = nlohmann::json::parse(shown.out);
+   SCOPED_TRACE(shown.out);
+   EXPECT_EQ(listed.value("communities", nlohmann::json()),
              nlohmann::json({"65000:100", "65535:65281"}));
-   EXPECT_EQ(path.value("largeCommunities", nlohmann::json()), nlohmann::json({"65000:1:2"}));
-   EXPECT_EQ(path.value("extendedCommunities", nlohmann::json()),
+   EXPECT_EQ(listed.value("largeCommunities", nlohmann::json()), nlohmann::json({"65000:1:2"}));
+   EXPECT_EQ(listed.value("extendedCommunities", nlohmann::json()),
              nlohmann::json({"Route-Target-AS:65000:100"}));
-   EXPECT_EQ(path.value("ipv6ExtendedCommunities", nlohmann::json()),
+   EXPECT_EQ(listed.value("ipv6ExtendedCommunities", nlohmann::json()),
              nlohmann::json({"0002-IP6:2001:db8::1:100"}));
 }
 
