@@ -54,25 +54,6 @@ TEST(ExtCommContent, StrepIsDecimalAndParsesBack) {
    }
 }
 
-TEST(ExtComm, PktTypeFallsBackToUnknownForUnnamedOctets) {
-   EXPECT_EQ(plain(0x0700000000000000)->pktType(), extCommPktTypeUnknown);
-   EXPECT_EQ(plain(0xff00000000000000)->pktType(), extCommPktTypeUnknown);
-   EXPECT_EQ(plain(0x4300000000000000)->pktType(), extCommPktTypeNonTransOpaque);
-   EXPECT_EQ(plain(0x8200000000000000)->pktType(), extCommPktTypeTransGenericPart3);
-}
-
-TEST(ExtComm, EqualContentsHashAndCompareEqual) {
-   ExtComm::Ptr a = plain(rt65000_100);
-   ExtComm::Ptr b = subtyped(rt65000_100);
-   ExtComm::Ptr c = plain(rt65000_100 + 1);
-   EXPECT_EQ(a->hash(), b->hash());
-   EXPECT_TRUE(a->compare(b.get()));
-   EXPECT_FALSE(a->compare(c.get()));
-   EXPECT_NE(a->hash(), c->hash());
-   EXPECT_TRUE(a->compareByContent(ExtCommContent(rt65000_100)));
-   EXPECT_FALSE(a->compareByContent(ExtCommContent(0)));
-}
-
 TEST(ExtComm, SubtypeNamesComeFromTheirTypesEnumeration) {
    struct Row {
       U64 word;
