@@ -3,6 +3,8 @@
 #include "tools/mrt/MrtWire.h"
 
 #include <bzlib.h>
+#include <lzma.h>
+#include <zstd.h>
 #include <sys/stat.h>
 #include <zlib.h>
 
@@ -11,6 +13,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 namespace QorBgpTools::mrt::detail {
 
@@ -18,147 +21,308 @@ namespace {
 
 constexpr U8 kGzipMagic[] = {0x1f, 0x8b};
 constexpr U8 kBzip2Magic[] = {'B', 'Z', 'h'};
-constexpr unsigned kGzipBufferBytes = 128 * 1024;
-constexpr std::size_t kBzip2InputBytes = 64 * 1024;
+constexpr U8 kXzMagic[] = {0xfd, '7', 'z', 'X', 'Z', 0x00};
+constexpr U8 kZstdMagic[] = {0x28, 0xb5, 0x2f, 0xfd};
+constexpr std::size_t kInputBytes = 128 * 1024;
 constexpr int kBzip2BlockSize = 9; // in 100 kB units, the bzip2 tool's default
+constexpr U32 kXzPreset = 6;       // the xz tool's default
+constexpr int kZstdLevel = 3;      // the zstd tool's default
+
+// Formats recognised by their first bytes that are not read here, so that
+// such a file is refused by name instead of read as damaged MRT records.
+struct Unsupported {
+   std::span<const U8> magic;
+   char const* name;
+};
+constexpr U8 kZipMagic[] = {'P', 'K', 0x03, 0x04};
+constexpr U8 kSevenZipMagic[] = {'7', 'z', 0xbc, 0xaf, 0x27, 0x1c};
+constexpr U8 kLz4Magic[] = {0x04, 0x22, 0x4d, 0x18};
+constexpr U8 kLzipMagic[] = {'L', 'Z', 'I', 'P'};
+constexpr U8 kCompressMagic[] = {0x1f, 0x9d};
+constexpr Unsupported kUnsupported[] = {{kZipMagic, "zip"},   {kSevenZipMagic, "7z"},
+                                        {kLz4Magic, "lz4"},   {kLzipMagic, "lzip"},
+                                        {kCompressMagic, "compress (.Z)"}};
 
 std::string systemError(char const* what, std::string const& path) {
    return cat(what, " \"", path, "\": ", std::strerror(errno));
 }
 
-class PlainInput final : public InputFile {
- public:
-   PlainInput(std::FILE* file, U64 size) : InputFile(Compression::none, size), file_(file) {}
-   ~PlainInput() override { std::fclose(file_); }
+bool startsWith(std::span<const U8> head, std::span<const U8> magic) {
+   return head.size() >= magic.size() && std::memcmp(head.data(), magic.data(), magic.size()) == 0;
+}
 
-   std::size_t read(std::span<U8> out) override {
-      std::size_t got = std::fread(out.data(), 1, out.size(), file_);
-      consumed_ += got;
-      if (got < out.size() && std::ferror(file_) && fault_.empty()) {
-         fault_ = "read error";
+// The undecoded bytes of a file or of standard input, read front to back in
+// chunks and never sought, so that pipes read like files. The first chunk is
+// read at opening, for the compression to be told from its first bytes.
+class RawInput {
+ public:
+   RawInput(std::FILE* file, bool owned) : file_(file), owned_(owned), buffer_(kInputBytes) {}
+   ~RawInput() {
+      if (owned_) {
+         std::fclose(file_);
       }
-      return got;
    }
-   U64 consumed() const override { return consumed_; }
+   RawInput(RawInput const&) = delete;
+   RawInput& operator=(RawInput const&) = delete;
+
+   // Reads the next chunk once the current one is used up; false at the end
+   // of the file or on a read error (then failed() is true).
+   bool refill() {
+      if (!pending_.empty() || ended_) {
+         return !pending_.empty();
+      }
+      std::size_t got = std::fread(buffer_.data(), 1, buffer_.size(), file_);
+      consumed_ += got;
+      pending_ = std::span<const U8>(buffer_).first(got);
+      ended_ = got < buffer_.size();
+      failed_ = ended_ && std::ferror(file_);
+      return got > 0;
+   }
+   // The bytes read and not yet taken; callers shorten it as they take them.
+   std::span<const U8>& pending() { return pending_; }
+   // True once the file has no more bytes (and pending() may still hold some).
+   bool ended() const { return ended_; }
+   bool failed() const { return failed_; }
+   U64 consumed() const { return consumed_; }
 
  private:
    std::FILE* file_;
+   bool owned_; // false for standard input
+   std::vector<U8> buffer_;
+   std::span<const U8> pending_;
+   bool ended_ = false;
+   bool failed_ = false;
    U64 consumed_ = 0;
 };
 
-// zlib's gz* layer reads concatenated gzip members as one stream.
-class GzipInput final : public InputFile {
+// The read loop shared by every format: takes the raw bytes chunk by chunk
+// and hands them to the format's decoding step until `out` is full or the
+// data ends. A cut-off stream keeps every byte decoded before the cut.
+class DecodingInput : public InputFile {
  public:
-   GzipInput(gzFile file, U64 size) : InputFile(Compression::gzip, size), file_(file) {}
-   ~GzipInput() override { gzclose(file_); }
-
-   std::size_t read(std::span<U8> out) override {
-      std::size_t done = 0;
-      while (done < out.size()) {
-         auto want = static_cast<unsigned>(std::min<std::size_t>(out.size() - done, INT_MAX));
-         int got = gzread(file_, out.data() + done, want);
-         if (got > 0) {
-            done += static_cast<std::size_t>(got);
-         }
-         if (got < static_cast<int>(want)) {
-            int code = Z_OK;
-            gzerror(file_, &code);
-            if (code == Z_BUF_ERROR) {
-               fault_ = "gzip: stream cut short";
-            } else if (code != Z_OK) {
-               // zlib's message names the file; callers know it already.
-               fault_ = code == Z_ERRNO ? "read error" : "gzip: damaged data";
-            }
-            break;
-         }
-      }
-      return done;
-   }
-   U64 consumed() const override {
-      auto offset = gzoffset(file_);
-      return offset < 0 ? 0 : static_cast<U64>(offset);
-   }
-
- private:
-   gzFile file_;
-};
-
-// Decodes with libbz2's stream interface rather than BZ2_bzRead: it keeps
-// every byte decoded before a cut-off stream ends (BZ2_bzRead drops the
-// partly filled buffer of its failing call), and it goes on into the streams
-// that parallel compressors concatenate.
-class Bzip2Input final : public InputFile {
- public:
-   Bzip2Input(std::FILE* file, U64 size) : InputFile(Compression::bzip2, size), file_(file) {}
-   ~Bzip2Input() override {
-      if (streamOpen_) {
-         BZ2_bzDecompressEnd(&stream_);
-      }
-      std::fclose(file_);
-   }
+   DecodingInput(Compression compression, U64 size, std::unique_ptr<RawInput> raw)
+       : InputFile(compression, size), raw_(std::move(raw)) {}
 
    std::size_t read(std::span<U8> out) override {
       std::size_t done = 0;
       while (done < out.size() && !finished_) {
-         if (stream_.avail_in == 0 && !fileEnded_) {
-            std::size_t got = std::fread(input_.data(), 1, input_.size(), file_);
-            consumed_ += got;
-            fileEnded_ = got == 0;
-            if (fileEnded_ && std::ferror(file_)) {
-               return finish(done, "read error");
-            }
-            stream_.next_in = input_.data();
-            stream_.avail_in = static_cast<unsigned>(got);
+         raw_->refill();
+         if (raw_->failed()) {
+            fault_ = "read error";
+            finished_ = true;
+            break;
          }
-         if (!streamOpen_) {
-            if (stream_.avail_in == 0 && fileEnded_) {
-               finished_ = true; // clean end after the last stream
-               break;
-            }
-            // Init leaves next_in/avail_in alone, so the next stream's bytes stay queued.
-            if (BZ2_bzDecompressInit(&stream_, 0, 0) != BZ_OK) {
-               return finish(done, "bzip2: cannot start decoding");
-            }
-            streamOpen_ = true;
-         }
-         stream_.next_out = reinterpret_cast<char*>(out.data() + done);
-         stream_.avail_out =
-            static_cast<unsigned>(std::min<std::size_t>(out.size() - done, UINT_MAX));
-         int code = BZ2_bzDecompress(&stream_);
-         done = out.size() - stream_.avail_out;
-         if (code == BZ_STREAM_END) {
-            BZ2_bzDecompressEnd(&stream_);
-            streamOpen_ = false;
-         } else if (code != BZ_OK) {
-            return finish(done, cat("bzip2: damaged data (libbz2 code ", -code, ")"));
-         } else if (stream_.avail_out > 0 && stream_.avail_in == 0 && fileEnded_) {
-            return finish(done, "bzip2: stream cut short");
-         }
+         std::span<U8> window = out.subspan(done);
+         finished_ = step(raw_->pending(), window, raw_->ended()) == Step::end;
+         done = out.size() - window.size();
       }
       return done;
    }
-   U64 consumed() const override { return consumed_; }
+   U64 consumed() const override { return raw_->consumed(); }
 
- private:
-   std::size_t finish(std::size_t done, std::string fault) {
-      finished_ = true;
+ protected:
+   enum class Step { more, end };
+   // Decodes from the front of `in` into the front of `out`, shortening both
+   // by what it took and gave. `last`: no bytes follow those of `in`. Returns
+   // end when the data is over: cleanly, or with fault_ set when it is
+   // damaged or cut short. Must make progress or return end when `last`.
+   virtual Step step(std::span<const U8>& in, std::span<U8>& out, bool last) = 0;
+
+   Step fail(std::string fault) {
       fault_ = std::move(fault);
-      return done;
+      return Step::end;
    }
 
-   std::FILE* file_;
-   bz_stream stream_{};
-   std::array<char, kBzip2InputBytes> input_{};
-   bool streamOpen_ = false; // stream_ holds a decoder (between Init and End)
-   bool fileEnded_ = false;
+ private:
+   std::unique_ptr<RawInput> raw_;
    bool finished_ = false; // nothing more will come, cleanly or by fault_
-   U64 consumed_ = 0;
 };
 
-template <std::size_t N>
-bool startsWith(std::span<const U8> head, U8 const (&magic)[N]) {
-   return head.size() >= N && std::memcmp(head.data(), magic, N) == 0;
-}
+class PlainInput final : public DecodingInput {
+ public:
+   PlainInput(U64 size, std::unique_ptr<RawInput> raw)
+       : DecodingInput(Compression::none, size, std::move(raw)) {}
+
+ private:
+   Step step(std::span<const U8>& in, std::span<U8>& out, bool last) override {
+      std::size_t n = std::min(in.size(), out.size());
+      std::memcpy(out.data(), in.data(), n);
+      in = in.subspan(n);
+      out = out.subspan(n);
+      return last && in.empty() ? Step::end : Step::more;
+   }
+};
+
+// A gzip file may hold several members one after the other (as concatenated
+// or appended files do); they read as one stream.
+class GzipInput final : public DecodingInput {
+ public:
+   GzipInput(U64 size, std::unique_ptr<RawInput> raw)
+       : DecodingInput(Compression::gzip, size, std::move(raw)) {}
+   ~GzipInput() override {
+      if (started_) {
+         inflateEnd(&z_);
+      }
+   }
+
+ private:
+   Step step(std::span<const U8>& in, std::span<U8>& out, bool last) override {
+      if (!inMember_) {
+         if (in.empty()) {
+            return last ? Step::end : Step::more;
+         }
+         // 16 + 15: a gzip wrapper around a deflate stream with any window size.
+         if (!started_ ? inflateInit2(&z_, 16 + MAX_WBITS) != Z_OK : inflateReset(&z_) != Z_OK) {
+            return fail("gzip: cannot start decoding");
+         }
+         started_ = inMember_ = true;
+      }
+      z_.next_in = const_cast<Bytef*>(in.data()); // zlib does not write through next_in
+      z_.avail_in = static_cast<uInt>(in.size());
+      z_.next_out = out.data();
+      z_.avail_out = static_cast<uInt>(std::min<std::size_t>(out.size(), UINT_MAX));
+      int code = inflate(&z_, Z_NO_FLUSH);
+      bool progress = z_.avail_in < in.size() || z_.next_out != out.data();
+      in = in.subspan(in.size() - z_.avail_in);
+      out = out.subspan(static_cast<std::size_t>(z_.next_out - out.data()));
+      switch (code) {
+      case Z_STREAM_END:
+         inMember_ = false;
+         return Step::more;
+      case Z_OK:
+      case Z_BUF_ERROR:
+         return last && in.empty() && !progress ? fail("gzip: stream cut short") : Step::more;
+      default:
+         return fail("gzip: damaged data");
+      }
+   }
+
+   z_stream z_{};
+   bool started_ = false;  // z_ holds a decoder
+   bool inMember_ = false; // between a member's first byte and its end
+};
+
+// Decodes with libbz2's stream interface rather than BZ2_bzRead: it keeps
+// every byte decoded before a cut-off stream ends, and it goes on into the
+// streams that parallel compressors concatenate.
+class Bzip2Input final : public DecodingInput {
+ public:
+   Bzip2Input(U64 size, std::unique_ptr<RawInput> raw)
+       : DecodingInput(Compression::bzip2, size, std::move(raw)) {}
+   ~Bzip2Input() override {
+      if (inStream_) {
+         BZ2_bzDecompressEnd(&bz_);
+      }
+   }
+
+ private:
+   Step step(std::span<const U8>& in, std::span<U8>& out, bool last) override {
+      if (!inStream_) {
+         if (in.empty()) {
+            return last ? Step::end : Step::more;
+         }
+         if (BZ2_bzDecompressInit(&bz_, 0, 0) != BZ_OK) {
+            return fail("bzip2: cannot start decoding");
+         }
+         inStream_ = true;
+      }
+      // libbz2 does not write through next_in.
+      bz_.next_in = const_cast<char*>(reinterpret_cast<char const*>(in.data()));
+      bz_.avail_in = static_cast<unsigned>(in.size());
+      bz_.next_out = reinterpret_cast<char*>(out.data());
+      bz_.avail_out = static_cast<unsigned>(std::min<std::size_t>(out.size(), UINT_MAX));
+      int code = BZ2_bzDecompress(&bz_);
+      bool progress = bz_.avail_in < in.size() || bz_.next_out != reinterpret_cast<char*>(out.data());
+      in = in.subspan(in.size() - bz_.avail_in);
+      out = out.subspan(static_cast<std::size_t>(bz_.next_out - reinterpret_cast<char*>(out.data())));
+      if (code == BZ_STREAM_END) {
+         BZ2_bzDecompressEnd(&bz_);
+         inStream_ = false;
+         return Step::more;
+      }
+      if (code != BZ_OK) {
+         return fail(cat("bzip2: damaged data (libbz2 code ", -code, ")"));
+      }
+      return last && in.empty() && !progress ? fail("bzip2: stream cut short") : Step::more;
+   }
+
+   bz_stream bz_{};
+   bool inStream_ = false; // bz_ holds a decoder (between Init and End)
+};
+
+// liblzma reads concatenated .xz streams (and the padding between them) as
+// one when told so.
+class XzInput final : public DecodingInput {
+ public:
+   XzInput(U64 size, std::unique_ptr<RawInput> raw)
+       : DecodingInput(Compression::xz, size, std::move(raw)) {
+      started_ = lzma_stream_decoder(&lz_, UINT64_MAX, LZMA_CONCATENATED) == LZMA_OK;
+   }
+   ~XzInput() override { lzma_end(&lz_); }
+
+ private:
+   Step step(std::span<const U8>& in, std::span<U8>& out, bool last) override {
+      if (!started_) {
+         return fail("xz: cannot start decoding");
+      }
+      lz_.next_in = in.data();
+      lz_.avail_in = in.size();
+      lz_.next_out = out.data();
+      lz_.avail_out = out.size();
+      lzma_ret code = lzma_code(&lz_, last ? LZMA_FINISH : LZMA_RUN);
+      in = in.subspan(in.size() - lz_.avail_in);
+      out = out.subspan(static_cast<std::size_t>(lz_.next_out - out.data()));
+      switch (code) {
+      case LZMA_STREAM_END:
+         return Step::end;
+      case LZMA_OK:
+         return Step::more;
+      case LZMA_BUF_ERROR: // no progress possible: with LZMA_FINISH, the data is cut short
+         return last ? fail("xz: stream cut short") : Step::more;
+      case LZMA_MEM_ERROR:
+         return fail("xz: out of memory");
+      default:
+         return fail(cat("xz: damaged data (liblzma code ", static_cast<int>(code), ")"));
+      }
+   }
+
+   lzma_stream lz_ = LZMA_STREAM_INIT;
+   bool started_ = false;
+};
+
+// Zstandard frames one after the other (as concatenated files give) read as
+// one stream; skippable frames are passed over.
+class ZstdInput final : public DecodingInput {
+ public:
+   ZstdInput(U64 size, std::unique_ptr<RawInput> raw)
+       : DecodingInput(Compression::zstd, size, std::move(raw)), zs_(ZSTD_createDStream()) {}
+   ~ZstdInput() override { ZSTD_freeDStream(zs_); }
+
+ private:
+   Step step(std::span<const U8>& in, std::span<U8>& out, bool last) override {
+      if (!zs_) {
+         return fail("zstd: cannot start decoding");
+      }
+      if (last && in.empty() && frameDone_) {
+         return Step::end;
+      }
+      ZSTD_inBuffer zin{in.data(), in.size(), 0};
+      ZSTD_outBuffer zout{out.data(), out.size(), 0};
+      std::size_t code = ZSTD_decompressStream(zs_, &zout, &zin);
+      in = in.subspan(zin.pos);
+      out = out.subspan(zout.pos);
+      if (ZSTD_isError(code)) {
+         return fail(cat("zstd: damaged data (", ZSTD_getErrorName(code), ")"));
+      }
+      frameDone_ = code == 0;
+      bool progress = zin.pos > 0 || zout.pos > 0;
+      return last && in.empty() && !progress && !frameDone_ ? fail("zstd: stream cut short")
+                                                            : Step::more;
+   }
+
+   ZSTD_DStream* zs_;
+   bool frameDone_ = true; // no frame begun, or the last one ended and was flushed
+};
 
 class PlainOutput final : public OutputFile {
  public:
@@ -258,41 +422,152 @@ class Bzip2Output final : public OutputFile {
    bool failed_ = false;
 };
 
+// Output through a streaming compressor (xz, zstd): what it gives back is
+// written chunk by chunk; close() drains it and ends the stream.
+class StreamOutput : public OutputFile {
+ public:
+   StreamOutput(std::FILE* file, char const* format)
+       : file_(file), format_(format), buffer_(kInputBytes) {}
+   ~StreamOutput() override {
+      if (file_) {
+         std::fclose(file_);
+      }
+   }
+   bool write(std::span<const U8> bytes) override {
+      failed_ = failed_ || !file_ || !pump(bytes, false);
+      return !failed_;
+   }
+   bool close(std::string* error) override {
+      if (!file_) {
+         return true;
+      }
+      failed_ = failed_ || !pump({}, true);
+      failed_ = std::fclose(file_) != 0 || failed_;
+      file_ = nullptr;
+      if (failed_ && error) {
+         *error = cat(format_, ": write error");
+      }
+      return !failed_;
+   }
+
+ protected:
+   // Compresses `in` whole (and ends the stream when `finish`), passing each
+   // output chunk to flush(); false on a compressor or write error.
+   virtual bool pump(std::span<const U8> in, bool finish) = 0;
+   bool flush(std::size_t bytes) {
+      return std::fwrite(buffer_.data(), 1, bytes, file_) == bytes;
+   }
+   std::vector<U8>& buffer() { return buffer_; }
+
+ private:
+   std::FILE* file_;
+   char const* format_;
+   std::vector<U8> buffer_;
+   bool failed_ = false;
+};
+
+class XzOutput final : public StreamOutput {
+ public:
+   explicit XzOutput(std::FILE* file) : StreamOutput(file, "xz") {
+      started_ = lzma_easy_encoder(&lz_, kXzPreset, LZMA_CHECK_CRC64) == LZMA_OK;
+   }
+   ~XzOutput() override { lzma_end(&lz_); }
+
+ private:
+   bool pump(std::span<const U8> in, bool finish) override {
+      lz_.next_in = in.data();
+      lz_.avail_in = in.size();
+      while (started_) {
+         lz_.next_out = buffer().data();
+         lz_.avail_out = buffer().size();
+         lzma_ret code = lzma_code(&lz_, finish ? LZMA_FINISH : LZMA_RUN);
+         if ((code != LZMA_OK && code != LZMA_STREAM_END) ||
+             !flush(buffer().size() - lz_.avail_out)) {
+            return false;
+         }
+         if (code == LZMA_STREAM_END || (!finish && lz_.avail_in == 0)) {
+            return true;
+         }
+      }
+      return false;
+   }
+
+   lzma_stream lz_ = LZMA_STREAM_INIT;
+   bool started_ = false;
+};
+
+class ZstdOutput final : public StreamOutput {
+ public:
+   explicit ZstdOutput(std::FILE* file) : StreamOutput(file, "zstd"), zs_(ZSTD_createCCtx()) {
+      if (zs_) {
+         ZSTD_CCtx_setParameter(zs_, ZSTD_c_compressionLevel, kZstdLevel);
+      }
+   }
+   ~ZstdOutput() override { ZSTD_freeCCtx(zs_); }
+
+ private:
+   bool pump(std::span<const U8> in, bool finish) override {
+      ZSTD_inBuffer zin{in.data(), in.size(), 0};
+      while (zs_) {
+         ZSTD_outBuffer zout{buffer().data(), buffer().size(), 0};
+         std::size_t left = ZSTD_compressStream2(zs_, &zout, &zin, finish ? ZSTD_e_end : ZSTD_e_continue);
+         if (ZSTD_isError(left) || !flush(zout.pos)) {
+            return false;
+         }
+         if (finish ? left == 0 : zin.pos == zin.size) {
+            return true;
+         }
+      }
+      return false;
+   }
+
+   ZSTD_CCtx* zs_;
+};
+
 } // namespace
 
 InputFile::~InputFile() = default;
 OutputFile::~OutputFile() = default;
 
 std::unique_ptr<InputFile> InputFile::open(std::string const& path, std::string* error) {
-   std::FILE* file = std::fopen(path.c_str(), "rb");
+   bool const standardInput = path == "-";
+   std::FILE* file = standardInput ? stdin : std::fopen(path.c_str(), "rb");
    if (!file) {
       *error = systemError("cannot open", path);
       return nullptr;
    }
    struct stat info {};
-   U64 size = fstat(fileno(file), &info) == 0 ? static_cast<U64>(info.st_size) : 0;
-   std::array<U8, 3> head{};
-   std::size_t got = std::fread(head.data(), 1, head.size(), file);
-   if (std::ferror(file) || std::fseek(file, 0, SEEK_SET) != 0) {
+   // Pipes and terminals have no size to show progress against.
+   U64 size = fstat(fileno(file), &info) == 0 && S_ISREG(info.st_mode)
+                 ? static_cast<U64>(info.st_size)
+                 : 0;
+   auto raw = std::make_unique<RawInput>(file, !standardInput);
+   raw->refill();
+   if (raw->failed()) {
       *error = systemError("cannot read", path);
-      std::fclose(file);
       return nullptr;
    }
-   auto magic = std::span<const U8>(head).first(got);
-   if (startsWith(magic, kBzip2Magic)) {
-      return std::make_unique<Bzip2Input>(file, size);
+   std::span<const U8> head = raw->pending();
+   if (startsWith(head, kGzipMagic)) {
+      return std::make_unique<GzipInput>(size, std::move(raw));
    }
-   if (!startsWith(magic, kGzipMagic)) {
-      return std::make_unique<PlainInput>(file, size);
+   if (startsWith(head, kBzip2Magic)) {
+      return std::make_unique<Bzip2Input>(size, std::move(raw));
    }
-   std::fclose(file);
-   gzFile gz = gzopen(path.c_str(), "rb");
-   if (!gz) {
-      *error = systemError("cannot open", path);
-      return nullptr;
+   if (startsWith(head, kXzMagic)) {
+      return std::make_unique<XzInput>(size, std::move(raw));
    }
-   gzbuffer(gz, kGzipBufferBytes);
-   return std::make_unique<GzipInput>(gz, size);
+   if (startsWith(head, kZstdMagic)) {
+      return std::make_unique<ZstdInput>(size, std::move(raw));
+   }
+   for (Unsupported const& format : kUnsupported) {
+      if (startsWith(head, format.magic)) {
+         *error = cat("\"", path, "\" is compressed as ", format.name,
+                      ", which is not supported (gzip, bzip2, xz and zstd are)");
+         return nullptr;
+      }
+   }
+   return std::make_unique<PlainInput>(size, std::move(raw));
 }
 
 std::unique_ptr<OutputFile> OutputFile::create(std::string const& path, Compression compression,
@@ -310,7 +585,14 @@ std::unique_ptr<OutputFile> OutputFile::create(std::string const& path, Compress
       *error = systemError("cannot create", path);
       return nullptr;
    }
-   if (compression == Compression::none) {
+   switch (compression) {
+   case Compression::xz:
+      return std::make_unique<XzOutput>(file);
+   case Compression::zstd:
+      return std::make_unique<ZstdOutput>(file);
+   case Compression::bzip2:
+      break;
+   default:
       return std::make_unique<PlainOutput>(file);
    }
    int code = BZ_OK;

@@ -1,5 +1,7 @@
-// Byte streams over plain, gzip and bzip2 files for the MRT reader and writer.
-// An input file's compression is found from its first bytes, never its name.
+// Byte streams over plain, gzip, bzip2, xz and zstd files for the MRT reader
+// and writer. An input's compression is found from its first bytes, never its
+// name, and inputs are read front to back only, so pipes and standard input
+// read like files.
 // Private to the qorbgp-mrt library.
 #pragma once
 
@@ -16,7 +18,8 @@ namespace QorBgpTools::mrt::detail {
 // handle; not thread-safe.
 class InputFile {
  public:
-   // nullptr with `*error` set when the file cannot be opened or read.
+   // Standard input when `path` is "-". nullptr with `*error` set when the
+   // file cannot be opened or read, or is compressed in a format not read here.
    static std::unique_ptr<InputFile> open(std::string const& path, std::string* error);
    virtual ~InputFile();
 
@@ -24,12 +27,12 @@ class InputFile {
    // data, where fault() tells a clean end (empty) from a damaged or cut-off
    // compressed stream or a read error.
    virtual std::size_t read(std::span<U8> out) = 0;
-   // Bytes of the file itself consumed so far (compressed bytes for gzip and
-   // bzip2), for progress reports; may run ahead of read() by a buffer.
+   // Bytes of the file itself consumed so far (compressed bytes for a
+   // compressed file), for progress reports; may run ahead of read() by a buffer.
    virtual U64 consumed() const = 0;
 
    Compression compression() const { return compression_; }
-   U64 size() const { return size_; }
+   U64 size() const { return size_; } // 0 when not a regular file (a pipe)
    std::string const& fault() const { return fault_; }
 
  protected:

@@ -277,7 +277,9 @@ bool MrtReader::Impl::readRecord() {
    std::size_t got = file_->read(header);
    report_.bytesRead += got;
    if (got < header.size()) {
-      if (got > 0) {
+      if (got > 0 && offset == 0) {
+         problem(offset, cat("not an MRT file (", got, " bytes, less than one record header)"));
+      } else if (got > 0) {
          problem(offset, cat("record header cut off after ", got, " of ", header.size(), " bytes"));
       }
       end();
@@ -290,6 +292,13 @@ bool MrtReader::Impl::readRecord() {
    U16 subtype = h.u16();
    U32 length = h.u32();
 
+   if (offset == 0 && !detail::isMrtType(type)) {
+      // Text, HTML or some other format: every "record" would be garbage.
+      ++report_.skippedRecords;
+      problem(offset, cat("not an MRT file (the first record's type would be ", type, ")"));
+      end();
+      return false;
+   }
    if (length > kMaxRecordBytes) {
       ++report_.skippedRecords;
       problem(offset, cat(recordName(type, subtype), ": length ", length, " over the limit of ",

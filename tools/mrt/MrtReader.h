@@ -1,6 +1,6 @@
 // Streaming reader of MRT routing data dumps: RIB snapshots (TABLE_DUMP,
 // TABLE_DUMP_V2 with its ADD-PATH subtypes) and BGP message logs (BGP4MP,
-// BGP4MP_ET), from plain, gzip or bzip2 files. It turns them into one Path per
+// BGP4MP_ET), from plain, gzip, bzip2, xz or zstd files or pipes. It turns them into one Path per
 // announced (prefix, peer) pair with that path's BGP attributes, undecoded, so
 // that callers pick the attributes they care about.
 //
@@ -24,7 +24,7 @@
 
 namespace QorBgpTools::mrt {
 
-enum class Compression { none, gzip, bzip2 };
+enum class Compression { none, gzip, bzip2, xz, zstd };
 
 // One BGP path attribute as found on the wire. `flags` keeps the
 // extended-length bit (0x10) as it was; `value` excludes the header.
@@ -99,9 +99,14 @@ struct Report {
 // each RIB entry instead, which reads as damaged records here.
 class MrtReader {
  public:
-   // Opens `path`, choosing the decompression from the file's first bytes
-   // (gzip 1f 8b, bzip2 "BZh", anything else plain). On failure returns
-   // nullptr and sets `*error` (e.g. `cannot open "x.mrt": No such file or directory`).
+   // Opens `path` ("-": standard input), choosing the decompression from the
+   // first bytes (gzip 1f 8b, bzip2 "BZh", xz fd "7zXZ" 00, zstd 28 b5 2f fd,
+   // anything else plain); the input is never sought, so pipes work. On
+   // failure returns nullptr and sets `*error` (e.g. `cannot open "x.mrt": No
+   // such file or directory`, or a compression format not read here).
+   //
+   // Data whose first record header names no MRT record type is not read on:
+   // its one problem says "not an MRT file".
    static std::unique_ptr<MrtReader> open(std::string const& path, std::string* error);
    ~MrtReader();
    MrtReader(MrtReader const&) = delete;

@@ -24,6 +24,13 @@ inline constexpr U16 kTableDumpV2 = 13;
 inline constexpr U16 kBgp4mp = 16;
 inline constexpr U16 kBgp4mpEt = 17;
 
+// Whether `type` is an MRT record type (current or deprecated): 0-13 and the
+// BGP4MP, IS-IS and OSPFv3 types with their extended-timestamp variants.
+constexpr bool isMrtType(U16 type) {
+   return type <= 13 || type == 16 || type == 17 || type == 32 || type == 33 || type == 48 ||
+          type == 49;
+}
+
 // TABLE_DUMP subtypes.
 inline constexpr U16 kTableDumpIpv4 = 1;
 inline constexpr U16 kTableDumpIpv6 = 2;

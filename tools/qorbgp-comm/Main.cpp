@@ -27,14 +27,14 @@ int main(int argc, char** argv) {
    auto* statsCommand = app.add_subcommand(
       "stats", "Read MRT files and report paths, attributes, distinct values and lists, sharing, "
                "memory, the top communities and malformed attributes");
-   statsCommand->add_option("FILE", stats.files, "MRT files (plain, gzip or bzip2)")->required();
+   statsCommand->add_option("FILE", stats.files, "MRT files (plain, gzip, bzip2, xz or zstd; - for standard input)")->required();
    statsCommand->add_flag("--json", stats.json, "Machine-readable output");
    statsCommand->add_option("--top", stats.top, "How many top communities to list")->capture_default_str();
 
    ShowOptions show;
    auto* showCommand =
       app.add_subcommand("show", "Print each path's community lists in their show text");
-   showCommand->add_option("FILE", show.files, "MRT files, read one after the other")->required();
+   showCommand->add_option("FILE", show.files, "MRT files, read one after the other (- for standard input)")->required();
    showCommand->add_option("--prefix", show.prefix, "Only paths of this prefix, e.g. 192.0.2.0/24");
    showCommand->add_flag("--asdot", show.asdot, "AS numbers of 65536 and above in asdot form");
    showCommand->add_flag("--json", show.json, "One JSON object per path, one per line");
@@ -45,7 +45,7 @@ int main(int argc, char** argv) {
       "match", "Print the paths whose standard, large or extended communities match a route-map "
                "regular expression (POSIX extended syntax)");
    matchCommand->add_option("REGEX", match.regex, "Route-map regular expression")->required();
-   matchCommand->add_option("FILE", match.files, "MRT files, read one after the other")
+   matchCommand->add_option("FILE", match.files, "MRT files, read one after the other (- for standard input)")
       ->required();
    matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
 
@@ -71,7 +71,7 @@ int main(int argc, char** argv) {
    auto* synthCommand = app.add_subcommand(
       "synth", "Write a synthetic MRT RIB dump: many paths sharing a few thousand distinct "
                "standard, large and extended community lists");
-   synthCommand->add_option("FILE", synth.file, "Output file (.gz or .bz2 to compress)")->required();
+   synthCommand->add_option("FILE", synth.file, "Output file (.gz, .bz2, .xz or .zst to compress)")->required();
    synthCommand->add_option("--paths", synth.paths, "Number of paths")->capture_default_str();
    synthCommand->add_option("--lists", synth.lists, "Distinct community lists per kind")
       ->capture_default_str();

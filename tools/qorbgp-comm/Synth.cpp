@@ -84,6 +84,12 @@ mrt::Compression compressionFor(std::string const& file) {
    if (file.ends_with(".bz2")) {
       return mrt::Compression::bzip2;
    }
+   if (file.ends_with(".xz")) {
+      return mrt::Compression::xz;
+   }
+   if (file.ends_with(".zst")) {
+      return mrt::Compression::zstd;
+   }
    return mrt::Compression::none;
 }
 

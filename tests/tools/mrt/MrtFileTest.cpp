@@ -9,7 +9,7 @@ using namespace test;
 using MrtFileTest = MrtTest;
 
 TEST_F(MrtFileTest, ConcatenatedCompressedStreamsReadAsOne) {
-   for (auto c : {Compression::gzip, Compression::bzip2}) {
+   for (auto c : {Compression::gzip, Compression::bzip2, Compression::xz, Compression::zstd}) {
       SCOPED_TRACE(static_cast<int>(c));
       auto first = create("a", c);
       first->peerIndexTable(0, 0, "", kPeers);
@@ -38,7 +38,10 @@ TEST_F(MrtFileTest, CutOffCompressedStreamKeepsWhatCameBefore) {
    } rows[] = {{Compression::gzip, 2000, "gzip: stream cut short"},
                // bzip2 emits nothing of a block until all of it has arrived;
                // 60000 records fill more than one 900 kB block
-               {Compression::bzip2, 60000, "bzip2: stream cut short"}};
+               {Compression::bzip2, 60000, "bzip2: stream cut short"},
+               {Compression::xz, 2000, "xz: stream cut short"},
+               // zstd emits a block (up to 128 kB of data) once all of it has arrived
+               {Compression::zstd, 60000, "zstd: stream cut short"}};
    for (auto const& row : rows) {
       SCOPED_TRACE(row.problem);
       auto w = create("full", row.compression);
@@ -66,8 +69,28 @@ TEST_F(MrtFileTest, OpenFailsWithTheReason) {
    std::string error;
    EXPECT_EQ(MrtReader::open(file("missing"), &error), nullptr);
    EXPECT_EQ(error, "cannot open \"" + file("missing") + "\": No such file or directory");
+   store("zip", {'P', 'K', 3, 4, 20, 0, 0, 0, 8, 0});
+   EXPECT_EQ(MrtReader::open(file("zip"), &error), nullptr);
+   EXPECT_EQ(error, "\"" + file("zip") +
+                       "\" is compressed as zip, which is not supported (gzip, bzip2, xz and "
+                       "zstd are)");
    EXPECT_EQ(MrtWriter::create(file("no/such/dir"), Compression::gzip, &error), nullptr);
    EXPECT_NE(error.find("cannot create"), std::string::npos);
+}
+
+TEST_F(MrtFileTest, OtherDataIsNotReadAsRecords) {
+   struct Row {
+      std::string text, problem;
+   } rows[] = {{"prefix,peer,communities\n192.0.2.0/24,192.0.2.1,65000:1\n",
+                "not an MRT file (the first record's type would be 27000)"},
+               {"hello\n", "not an MRT file (6 bytes, less than one record header)"}};
+   for (auto const& row : rows) {
+      store("text", std::vector<U8>(row.text.begin(), row.text.end()));
+      Report report;
+      EXPECT_TRUE(readAll("text", &report).empty());
+      ASSERT_EQ(report.problems.size(), 1u);
+      EXPECT_EQ(report.problems[0].text, row.problem);
+   }
 }
 
 } // namespace

@@ -76,7 +76,8 @@ Sample writeSample(MrtWriter& w) {
 // clang-format on
 
 TEST_F(MrtReaderTest, EveryRecordKindReadsBackInEachCompression) {
-   for (auto c : {Compression::none, Compression::gzip, Compression::bzip2}) {
+   for (auto c : {Compression::none, Compression::gzip, Compression::bzip2, Compression::xz,
+                  Compression::zstd}) {
       SCOPED_TRACE(static_cast<int>(c));
       auto writer = create("sample", c);
       Sample sample = writeSample(*writer);

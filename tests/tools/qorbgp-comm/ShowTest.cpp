@@ -1,10 +1,11 @@
-// show --json on a path carrying all four community attributes: every list
-// is an array of the values' show texts.
+// show on the inputs collectors serve (every compression, pipes, standard
+// input), and show --json on a path carrying all four community attributes.
 #include "ToolTest.h"
 #include "tools/mrt/MrtWriter.h"
 
 #include <nlohmann/json.hpp>
 
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,40 @@ TEST_F(QorBgpCommShow, JsonGivesEveryListAsAnArray) {
              nlohmann::json({"Route-Target-AS:65000:100"}));
    EXPECT_EQ(listed.value("ipv6ExtendedCommunities", nlohmann::json()),
              nlohmann::json({"0002-IP6:2001:db8::1:100"}));
+}
+
+TEST_F(QorBgpCommShow, EveryCompressionAndStandardInputReadAlike) {
+   std::string const plain = path("rib.mrt");
+   ASSERT_EQ(run("synth " + plain + " --paths 300 --lists 20").status, 0);
+   Outcome const expected = run("show " + plain);
+   ASSERT_EQ(expected.status, 0);
+   ASSERT_FALSE(expected.out.empty());
+   for (char const* suffix : {".gz", ".bz2", ".xz", ".zst"}) {
+      std::string const compressed = path(std::string("rib") + suffix);
+      ASSERT_EQ(run("synth " + compressed + " --paths 300 --lists 20").status, 0);
+      for (std::string const& command :
+           {"show " + compressed, "show - <" + compressed, "show /dev/stdin <" + compressed}) {
+         SCOPED_TRACE(command);
+         Outcome const shown = run(command);
+         EXPECT_EQ(shown.status, 0) << shown.err;
+         EXPECT_EQ(shown.out, expected.out);
+      }
+      // A pipe cannot be sought: the compression is told from bytes read once.
+      Outcome const piped = run("show -", compressed);
+      EXPECT_EQ(piped.status, 0) << piped.err;
+      EXPECT_EQ(piped.out, expected.out);
+   }
+}
+
+TEST_F(QorBgpCommShow, InputThatIsNotMrtFailsByName) {
+   std::ofstream(path("notes.txt")) << "these are not the routes you are looking for\n";
+   Outcome const text = run("show " + path("notes.txt"));
+   EXPECT_EQ(text.status, 1);
+   EXPECT_NE(text.err.find("not an MRT file"), std::string::npos) << text.err;
+   std::ofstream(path("rib.zip")) << "PK\x03\x04 and a zip archive's other bytes";
+   Outcome const zip = run("stats " + path("rib.zip"));
+   EXPECT_EQ(zip.status, 1);
+   EXPECT_NE(zip.err.find("is compressed as zip, which is not supported"), std::string::npos);
 }
 
 } // namespace

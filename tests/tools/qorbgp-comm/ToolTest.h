@@ -31,11 +31,13 @@ class ToolTest : public ::testing::Test {
    // A file name in the scratch folder.
    std::string path(std::string const& name) const { return (dir_ / name).string(); }
 
-   // Runs `qorbgp-comm <arguments>` through the shell.
-   Outcome run(std::string const& arguments) const {
+   // Runs `qorbgp-comm <arguments>` through the shell; with `pipedFile`,
+   // that file's bytes come through a pipe on its standard input.
+   Outcome run(std::string const& arguments, std::string const& pipedFile = "") const {
       std::string const out = path("stdout"), err = path("stderr");
+      std::string const feed = pipedFile.empty() ? "" : "cat '" + pipedFile + "' | ";
       int const status = std::system(
-         (std::string(QORBGP_COMM) + " " + arguments + " >" + out + " 2>" + err).c_str());
+         (feed + QORBGP_COMM + " " + arguments + " >" + out + " 2>" + err).c_str());
       return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
    }
 
