@@ -11,6 +11,7 @@ struct StatsOptions {
    std::vector<std::string> files;
    bool json = false;
    unsigned top = 10;
+   unsigned threads = 0; // reading threads; 0: one per file, up to the machine's cores
 };
 int runStats(StatsOptions const& options);
 

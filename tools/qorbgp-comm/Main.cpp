@@ -30,6 +30,11 @@ int main(int argc, char** argv) {
    statsCommand->add_option("FILE", stats.files, "MRT files (plain, gzip, bzip2, xz or zstd; - for standard input)")->required();
    statsCommand->add_flag("--json", stats.json, "Machine-readable output");
    statsCommand->add_option("--top", stats.top, "How many top communities to list")->capture_default_str();
+   statsCommand
+      ->add_option("--threads", stats.threads,
+                   "Files read at once, each on its own thread, into shared tables (default: one "
+                   "per file, up to the number of cores)")
+      ->check(CLI::Range(1u, 256u));
 
    ShowOptions show;
    auto* showCommand =

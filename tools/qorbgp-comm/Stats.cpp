@@ -3,18 +3,20 @@
 // them, what memory they hold, which communities are most used.
 #include "Commands.h"
 #include "PathLists.h"
+#include "Progress.h"
 #include "ReadProblems.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
-#include <cstdio>
+#include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <malloc.h>
 #include <map>
-#include <unistd.h>
+#include <thread>
 #include <unordered_map>
 
 namespace QorBgpTools {
@@ -54,37 +56,6 @@ struct Totals {
    KindCounter<ExtCommIp6List> ip6;
 };
 
-class Progress {
- public:
-   explicit Progress(std::string const& file) : file_(file), on_(::isatty(STDERR_FILENO)) {}
-   ~Progress() {
-      if (on_ && shown_) {
-         std::fprintf(stderr, "\r%*s\r", 72, "");
-      }
-   }
-   void update(mrt::MrtReader const& reader) {
-      if (!on_ || reader.fileSize() == 0) {
-         return;
-      }
-      int percent = static_cast<int>(100 * reader.bytesConsumed() / reader.fileSize());
-      if (percent == last_) {
-         return;
-      }
-      last_ = percent;
-      shown_ = true;
-      int const width = 30, filled = std::min(width, percent * width / 100);
-      std::fprintf(stderr, "\r[%.*s%*s] %3d%% %.30s", filled, "##############################",
-                   width - filled, "", std::min(percent, 100), file_.c_str());
-      std::fflush(stderr);
-   }
-
- private:
-   std::string file_;
-   bool on_;
-   bool shown_ = false;
-   int last_ = -1;
-};
-
 std::size_t heapInUse() { return mallinfo2().uordblks; }
 
 template <class Map>
@@ -103,40 +74,122 @@ std::string standardLabel(U32 value) {
    return CommList::getStringValue(value) + (name.empty() ? "" : " (" + name + ")");
 }
 
+// What one reading thread gathers, added up over the threads at the end.
+void merge(Totals& into, Totals&& from) {
+   into.paths += from.paths;
+   into.malformed += from.malformed;
+   for (auto& [reason, n] : from.malformedReasons) {
+      into.malformedReasons[reason] += n;
+   }
+   auto mergeKind = [](auto& to, auto& kind) {
+      to.attributes += kind.attributes;
+      for (auto& [list, n] : kind.occurrences) {
+         to.occurrences[list] += n;
+      }
+   };
+   mergeKind(into.standard, from.standard);
+   mergeKind(into.large, from.large);
+   mergeKind(into.extended, from.extended);
+   mergeKind(into.ip6, from.ip6);
+}
+
+// How one file went: reported in the order the files were given, whichever
+// thread read it.
+struct FileOutcome {
+   std::string openError;
+   mrt::Report report;
+};
+
+// The total bytes of the files, for the progress bar; 0 when any of them is
+// not a regular file (standard input, a pipe) and has no size to go by.
+U64 totalSize(std::vector<std::string> const& files) {
+   U64 total = 0;
+   for (std::string const& file : files) {
+      std::error_code error;
+      if (file == "-" || !std::filesystem::is_regular_file(file, error)) {
+         return 0;
+      }
+      total += std::filesystem::file_size(file, error);
+   }
+   return total;
+}
+
+unsigned threadsFor(StatsOptions const& options) {
+   if (options.threads) {
+      return options.threads;
+   }
+   return static_cast<unsigned>(std::clamp<std::size_t>(
+      options.files.size(), 1, std::max(1u, std::thread::hardware_concurrency())));
+}
+
 } // namespace
 
 int runStats(StatsOptions const& options) {
    auto const started = std::chrono::steady_clock::now();
    std::size_t const heapBefore = heapInUse();
+   unsigned const threads = threadsFor(options);
+   // One set of tables for every thread: the interning is shared, so a list
+   // met in two files is one object. Several threads need the tables' locked
+   // form, chosen before any table exists.
+   QorBgpGlobals::multiThreadedIs(threads > 1);
    auto tables = communityTablesFactory();
+   std::vector<FileOutcome> outcomes(options.files.size());
+   std::vector<Totals> perThread(threads);
+   std::atomic<std::size_t> nextFile{0};
+   std::atomic<U64> bytesDone{0}, pathsDone{0};
+   Progress progress(options.files.size() == 1 ? options.files[0] : "", totalSize(options.files));
+
+   auto work = [&](Totals& totals) {
+      for (std::size_t i; (i = nextFile++) < options.files.size();) {
+         auto reader = mrt::MrtReader::open(options.files[i], &outcomes[i].openError);
+         if (!reader) {
+            continue;
+         }
+         U64 counted = 0; // of this file's bytes, already in bytesDone
+         mrt::Path path;
+         while (reader->next(path)) {
+            ++totals.paths;
+            PathLists lists = decodePathLists(*tables, path);
+            totals.standard.count(lists.standard);
+            totals.large.count(lists.large);
+            totals.extended.count(lists.extended);
+            totals.ip6.count(lists.ip6);
+            for (std::string& reason : lists.malformed) {
+               ++totals.malformed;
+               ++totals.malformedReasons[std::move(reason)];
+            }
+            if ((totals.paths & 0xffff) == 0) {
+               U64 consumed = reader->bytesConsumed();
+               progress.update(bytesDone += consumed - counted, pathsDone += 0x10000);
+               counted = consumed;
+            }
+         }
+         bytesDone += reader->bytesConsumed() - counted;
+         outcomes[i].report = reader->report();
+      }
+   };
+   {
+      std::vector<std::jthread> workers;
+      for (unsigned t = 1; t < threads; ++t) {
+         workers.emplace_back(work, std::ref(perThread[t]));
+      }
+      work(perThread[0]);
+   }
    Totals totals;
+   for (Totals& part : perThread) {
+      merge(totals, std::move(part));
+   }
+   perThread.clear();
+
    int status = 0;
-   for (std::string const& file : options.files) {
-      std::string error;
-      auto reader = mrt::MrtReader::open(file, &error);
-      if (!reader) {
-         std::cerr << "qorbgp-comm stats: " << error << '\n';
+   for (std::size_t i = 0; i < options.files.size(); ++i) {
+      std::string const& file = options.files[i];
+      mrt::Report const& report = outcomes[i].report;
+      if (!outcomes[i].openError.empty()) {
+         std::cerr << "qorbgp-comm stats: " << outcomes[i].openError << '\n';
          status = 1;
          continue;
       }
-      Progress progress(file);
-      mrt::Path path;
-      while (reader->next(path)) {
-         ++totals.paths;
-         PathLists lists = decodePathLists(*tables, path);
-         totals.standard.count(lists.standard);
-         totals.large.count(lists.large);
-         totals.extended.count(lists.extended);
-         totals.ip6.count(lists.ip6);
-         for (std::string& reason : lists.malformed) {
-            ++totals.malformed;
-            ++totals.malformedReasons[std::move(reason)];
-         }
-         if ((totals.paths & 0xffff) == 0) {
-            progress.update(*reader);
-         }
-      }
-      mrt::Report const& report = reader->report();
       if (!reportReadProblems("stats", file, report)) {
          status = 1;
       }
@@ -199,6 +252,7 @@ int runStats(StatsOptions const& options) {
       nlohmann::json out;
       out["paths"] = totals.paths;
       out["seconds"] = seconds;
+      out["threads"] = threads;
       for (Kind const& k : kinds) {
          out["kinds"][k.name] = {{"attributes", k.attributes},
                                  {"distinctLists", k.lists},
@@ -224,7 +278,7 @@ int runStats(StatsOptions const& options) {
    std::cout << std::fixed << std::setprecision(1);
    std::cout << "paths read        " << totals.paths << "  (" << seconds << " s, "
              << std::setprecision(0) << (seconds > 0 ? totals.paths / seconds : 0)
-             << " paths/s)\n\n"
+             << " paths/s, " << threads << (threads == 1 ? " thread" : " threads") << ")\n\n"
              << std::setprecision(1);
    std::cout << std::left << std::setw(15) << "kind" << std::right << std::setw(12) << "attributes"
              << std::setw(16) << "distinct lists" << std::setw(17) << "distinct values"
