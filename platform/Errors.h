@@ -1,13 +1,16 @@
-// The framework's error types for bad values handed in by callers. Each carries
-// its message exactly as given; what() returns it unchanged.
-//
-//   RangeError          a value outside what the receiver accepts
-//                       ("value < min or > max not allowed")
-//   NullArgumentError   a required pointer argument was null
-//   NotDeletableError   an attribute that may not be deleted was asked to be
-//
-// Data from the wire never raises these: decoders report malformed input in
-// their results instead.
+/// @file
+/// The framework's error types for bad values handed in by callers. Each carries
+/// its message exactly as given; what() returns it unchanged.
+///
+/// @code{.unparsed}
+///   RangeError          a value outside what the receiver accepts
+///                       ("value < min or > max not allowed")
+///   NullArgumentError   a required pointer argument was null
+///   NotDeletableError   an attribute that may not be deleted was asked to be
+/// @endcode
+///
+/// Data from the wire never raises these: decoders report malformed input in
+/// their results instead.
 #pragma once
 
 #include "QorBgpCommunity/platform/Export.h"

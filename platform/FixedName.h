@@ -1,8 +1,11 @@
-// A string literal usable as a template argument, so that class templates can
-// carry the reflection name of each named instantiation:
-//
-//   template <Kiv::FixedName Name> struct Rule { std::string_view name() { return Name.view(); } };
-//   using ColorRule = Rule<"Routing::Bgp::ColorRule">;
+/// @file
+/// A string literal usable as a template argument, so that class templates can
+/// carry the reflection name of each named instantiation:
+///
+/// @code{.cpp}
+///   template <Kiv::FixedName Name> struct Rule { std::string_view name() { return Name.view(); } };
+///   using ColorRule = Rule<"Routing::Bgp::ColorRule">;
+/// @endcode
 #pragma once
 
 #include "QorBgpCommunity/platform/Export.h"
