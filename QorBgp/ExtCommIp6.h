@@ -124,6 +124,8 @@ QORBGP_EXPORT std::string valueToStrep(ExtCommIp6Content const& content);
 QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommIp6Content const& content);
 ///@}
 
+/// An interned IPv6-address-specific extended community value: immutable, shared through
+/// PtrConst, one object per content once interned.
 class QORBGP_EXPORT ExtCommIp6 : public Zup::DedupHandle {
  public:
    KIV_POINTER_TYPES(ExtCommIp6);

@@ -16,6 +16,7 @@
 
 namespace Routing::Bgp {
 
+/// The interning table of IPv6-address-specific extended communities.
 class QORBGP_EXPORT ExtCommIp6DedupTable : public BasicDedupTable_ {
  public:
    KIV_POINTER_TYPES(ExtCommIp6DedupTable);

@@ -21,6 +21,7 @@
 
 namespace Routing::Bgp {
 
+/// The interning table of published IPv6-address-specific extended community lists.
 class QORBGP_EXPORT ExtCommIp6ListDedupTable final : public CommListDedupTableBase {
  public:
    KIV_POINTER_TYPES(ExtCommIp6ListDedupTable);

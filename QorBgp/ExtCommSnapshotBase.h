@@ -50,12 +50,14 @@ auto communityOf(Comm const& comm) {
 
 } // namespace detail
 
+/// A notifying copy of one classification list of a family, its values keyed by content.
 template <class Family>
 class ExtCommClassificationListSnapshotBase : public Kiv::Notifier {
  public:
    using Comm = typename Family::Comm;
    using Key = typename Family::Key;
 
+   /// Observer of the snapshot; told of every value inserted, replaced or removed.
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onComm(Key const&) {}
@@ -82,6 +84,8 @@ class ExtCommClassificationListSnapshotBase : public Kiv::Notifier {
    CommMap comm_{*this};
 };
 
+/// A notifying copy of a whole list of a family: its classification lists by classification,
+/// its values by content.
 template <class Family>
 class ExtCommListSnapshotBase : public Kiv::Notifier {
  public:
@@ -89,6 +93,7 @@ class ExtCommListSnapshotBase : public Kiv::Notifier {
    using Comm = typename Family::Comm;
    using Key = typename Family::Key;
 
+   /// Observer of the snapshot; told of every classification list and value inserted, replaced or removed.
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onClassificationList(ExtCommClassification const&) {}

@@ -43,6 +43,7 @@ class QORBGP_EXPORT NotifyingRouteTargetList : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(NotifyingRouteTargetList);
 
+   /// Observer of the set; told of every route target inserted or removed.
    class QORBGP_EXPORT Notifiee : public Kiv::Notifiee {
     public:
       ~Notifiee() override;

@@ -82,6 +82,8 @@ class QORBGP_EXPORT ExtCommContent : public Zup::DedupContentHandle {
 /// stream's format state is left as it was.
 QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommContent const& content);
 
+/// An interned extended community value: immutable, shared through PtrConst, one object per
+/// content word once interned.
 class QORBGP_EXPORT ExtComm : public Zup::DedupHandle {
  public:
    KIV_POINTER_TYPES(ExtComm);

@@ -50,6 +50,8 @@ class QORBGP_EXPORT ExtCommLifeTimeNotifiee : public Zup::DedupHashTableLifeTime
    std::mutex mutex_;
 };
 
+/// The interning table of 8-octet extended communities, with the route targets currently
+/// alive.
 class QORBGP_EXPORT ExtCommDedupTable : public BasicDedupTable_ {
  public:
    KIV_POINTER_TYPES(ExtCommDedupTable);

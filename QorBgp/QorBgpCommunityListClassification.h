@@ -35,6 +35,7 @@ class ExtCommClassificationListSnapshot;
 
 using ExtCommVector = std::vector<ExtComm::PtrConst>;
 
+/// The flag names of ExtCommClassificationList::CommVectorAttrs, for its reflection text.
 struct ExtCommClassificationListAttrsLayout {
    static constexpr std::string_view typeName =
       "Routing::Bgp::ExtCommClassificationList::CommVectorAttrs";
@@ -48,6 +49,7 @@ class QORBGP_EXPORT ExtCommClassificationList
  public:
    KIV_POINTER_TYPES(ExtCommClassificationList);
 
+   /// The list's state flags: sorted, and whether it holds prunable values.
    class CommVectorAttrs : public Kiv::BitSetValue<ExtCommClassificationListAttrsLayout> {
     public:
       static constexpr U32 sortedBit = 1;
@@ -91,6 +93,8 @@ class QORBGP_EXPORT ExtCommClassificationList
    CommVectorAttrs attrs_;
 };
 
+/// The classification list of route targets; while interned it carries the notifier that
+/// reports its lifetime.
 class QORBGP_EXPORT RtExtCommClassificationList final : public ExtCommClassificationList {
  public:
    KIV_POINTER_TYPES(RtExtCommClassificationList);
@@ -112,6 +116,7 @@ class QORBGP_EXPORT RtExtCommClassificationList final : public ExtCommClassifica
    mutable Kiv::Ptr<RtExtCommListLifeTimeNotifier> lifeTimeNotifier_;
 };
 
+/// The classification list of link bandwidth values.
 class QORBGP_EXPORT LinkBandwidthExtCommClassificationList final : public ExtCommClassificationList {
  public:
    KIV_POINTER_TYPES(LinkBandwidthExtCommClassificationList);

@@ -24,6 +24,7 @@ class DumpContext;
 
 namespace Routing::Bgp {
 
+/// Base of the interning tables of published community lists.
 class QORBGP_EXPORT CommListDedupTableBase : public BasicDedupTable_ {
  public:
    KIV_POINTER_TYPES(CommListDedupTableBase);
@@ -56,12 +57,14 @@ class QORBGP_EXPORT CommListDedupTableBase : public BasicDedupTable_ {
                           std::initializer_list<LabelledTable> tables);
 };
 
+/// The interning table of published standard community lists.
 class QORBGP_EXPORT CommListDedupTable final : public CommListDedupTableBase {
  public:
    KIV_POINTER_TYPES(CommListDedupTable);
    std::string_view fwkType() const noexcept override;
 };
 
+/// The interning table of published large community lists.
 class QORBGP_EXPORT LargeCommListDedupTable final : public CommListDedupTableBase {
  public:
    KIV_POINTER_TYPES(LargeCommListDedupTable);

@@ -32,6 +32,7 @@ namespace Routing::Bgp {
 
 class ExtCommListSnapshot;
 
+/// The flag names of ExtCommList::CommVectorAttrs, for its reflection text.
 struct ExtCommListAttrsLayout {
    static constexpr std::string_view typeName = "Routing::Bgp::ExtCommList::CommVectorAttrs";
    static constexpr Kiv::FlagField fields[] = {
@@ -44,6 +45,7 @@ struct ExtCommListAttrsLayout {
    };
 };
 
+/// The flag names of ExtCommList::Serialization, for its reflection text.
 struct ExtCommListSerializationLayout {
    static constexpr std::string_view typeName = "Routing::Bgp::ExtCommList::Serialization";
    static constexpr Kiv::FlagField fields[] = {
@@ -56,6 +58,7 @@ class QORBGP_EXPORT ExtCommList : public ExtCommListCore<ExtCommList, ExtCommFam
  public:
    KIV_POINTER_TYPES(ExtCommList);
 
+   /// The list's state flags: sorted, and which kinds of value it holds.
    class CommVectorAttrs : public Kiv::BitSetValue<ExtCommListAttrsLayout> {
     public:
       static constexpr U32 sortedBit = 1;

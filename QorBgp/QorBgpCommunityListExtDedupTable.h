@@ -42,6 +42,7 @@ class QORBGP_EXPORT RtExtCommListLifeTimeNotifier : public Zup::DedupHandleLifeT
 
 QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, RtExtCommListLifeTimeNotifier const* notifier);
 
+/// Hashes a lifetime notifier by its address.
 struct RtExtCommListLifeTimeNotifierHash {
    std::size_t operator()(RtExtCommListLifeTimeNotifier::PtrConst const& p) const noexcept {
       return std::hash<void const*>{}(p.get());
@@ -53,6 +54,7 @@ class QORBGP_EXPORT NotifyingRtExtCommListCollection : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(NotifyingRtExtCommListCollection);
 
+   /// Observer of the collection; told of every notifier that enters or leaves it.
    class QORBGP_EXPORT Notifiee : public Kiv::Notifiee {
     public:
       ~Notifiee() override;
@@ -116,6 +118,7 @@ class QORBGP_EXPORT RtExtCommListLifeTimeNotifiee : public Zup::DedupHashTableLi
 QORBGP_EXPORT RtExtCommListLifeTimeNotifiee::Ptr
 rtExtCommListLifeTimeNotifieeFactory(NotifyingRtExtCommListCollection::Ptr const& collection);
 
+/// The interning table of published extended community lists.
 class QORBGP_EXPORT ExtCommListDedupTable final : public CommListDedupTableBase {
  public:
    KIV_POINTER_TYPES(ExtCommListDedupTable);

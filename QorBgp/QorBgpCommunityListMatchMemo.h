@@ -28,6 +28,8 @@
 
 namespace Routing::Bgp {
 
+/// Remembers a compiled route-map expression's answers for published lists, so that each list
+/// is matched once.
 class QORBGP_EXPORT RouteMapMatchMemo {
  public:
    /// Enough for the distinct lists of several full tables (512 KiB).

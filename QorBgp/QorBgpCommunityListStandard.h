@@ -73,6 +73,7 @@ class QORBGP_EXPORT CommListSnapshot : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(CommListSnapshot);
 
+   /// Observer of the snapshot; told of every community inserted, changed or removed.
    class QORBGP_EXPORT Notifiee : public Kiv::Notifiee {
     public:
       ~Notifiee() override;

@@ -24,6 +24,8 @@
 
 namespace Routing::Bgp {
 
+/// The flags that select a value's text form; `Layout` says which optional flags exist and
+/// where they sit.
 template <class Layout>
 class StrepFormatFlags {
  public:
@@ -78,6 +80,7 @@ class StrepFormatFlags {
    U32 value_ = 0; ///< only bits of allFlags are ever set
 };
 
+/// The flags of the 8-octet values' text form, ExtComm::StrepFormat.
 struct ExtCommStrepLayout {
    static constexpr std::string_view typeName = "Routing::Bgp::ExtComm::StrepFormat";
    static constexpr U32 json = 8;

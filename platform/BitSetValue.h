@@ -22,6 +22,7 @@
 
 namespace Kiv {
 
+/// A word of named flags whose reflection text names each bit; `Layout` gives the names.
 template <class Layout>
 class BitSetValue {
  public:

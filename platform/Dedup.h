@@ -48,6 +48,8 @@ enum class DedupState : U8 {
 /// The state of a handle that no table has ever held.
 constexpr DedupState dedupHandleStateNeverDeduped() noexcept { return DedupState::notDeduped; }
 
+/// Base of every interned object: its content hash and comparison, and its state in an
+/// interning table.
 class QORBGP_EXPORT DedupHandle : public Kiv::PtrInterface {
  public:
    KIV_POINTER_TYPES(DedupHandle);

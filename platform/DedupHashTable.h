@@ -47,6 +47,7 @@ class DumpContext;
 
 namespace Zup {
 
+/// Told of every handle that enters or leaves a DedupHashTable.
 class QORBGP_EXPORT DedupHashTableLifeTimeNotifiee : public Kiv::PtrInterface {
  public:
    KIV_POINTER_TYPES(DedupHashTableLifeTimeNotifiee);
@@ -61,6 +62,7 @@ class QORBGP_EXPORT DedupHashTableLifeTimeNotifiee : public Kiv::PtrInterface {
    ~DedupHashTableLifeTimeNotifiee() override;
 };
 
+/// The content-keyed set of live interned handles, single- or multi-threaded.
 class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
  public:
    KIV_POINTER_TYPES(DedupHashTable);

@@ -26,6 +26,7 @@
 
 namespace Kiv {
 
+/// A growable character buffer that renderers append to, whatever its inline capacity.
 class QORBGP_EXPORT DynamicBufferInterface {
  public:
    DynamicBufferInterface(DynamicBufferInterface const&) = delete;
@@ -94,6 +95,7 @@ class QORBGP_EXPORT DynamicBufferInterface {
    std::unique_ptr<char[]> heap_; ///< owns data_ once the buffer has left the inline storage
 };
 
+/// A DynamicBufferInterface that starts in `InlineCapacity` bytes of its own storage.
 template <std::size_t InlineCapacity>
 class DynamicBuffer final : public DynamicBufferInterface {
  public:

@@ -34,11 +34,13 @@
 
 namespace Kiv {
 
+/// One named value of an enumeration.
 struct EnumMember {
    U32 value;
    std::string_view name;
 };
 
+/// An enumeration's name and named values, for its text and membership test.
 struct EnumDescriptor {
    std::string_view typeName;           ///< qualified, e.g. "Routing::Bgp::OriginCode"
    std::span<EnumMember const> members; ///< ascending by value, no repeats

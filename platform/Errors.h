@@ -20,24 +20,28 @@
 
 namespace Kiv {
 
+/// Base of the framework's errors for bad values handed in by callers.
 class QORBGP_EXPORT Error : public std::runtime_error {
  public:
    using std::runtime_error::runtime_error;
    ~Error() override;
 };
 
+/// A value or text outside what the operation accepts.
 class QORBGP_EXPORT RangeError : public Error {
  public:
    using Error::Error;
    ~RangeError() override;
 };
 
+/// A null pointer where an object is required.
 class QORBGP_EXPORT NullArgumentError : public Error {
  public:
    using Error::Error;
    ~NullArgumentError() override;
 };
 
+/// A removal of something that cannot be removed.
 class QORBGP_EXPORT NotDeletableError : public Error {
  public:
    using Error::Error;

@@ -16,6 +16,7 @@
 
 namespace Kiv {
 
+/// A string literal held by value, usable as a template argument.
 template <std::size_t N>
 struct QORBGP_EXPORT FixedName {
    constexpr FixedName(char const (&text)[N]) noexcept { std::copy_n(text, N, chars); }

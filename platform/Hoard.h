@@ -67,6 +67,7 @@ class Location {
    U64 offset_ = 0;
 };
 
+/// The stored form of one 8-octet extended community.
 struct ExtCommRecord {
    U32 classification = 0; ///< ExtCommClassification
    U32 reserved = 0;
@@ -83,6 +84,7 @@ struct ListRecord {
    friend constexpr bool operator==(ListRecord const&, ListRecord const&) noexcept = default;
 };
 
+/// The stored form of one large community, an element of a ListRecord.
 struct LargeCommRecord {
    U32 globalAdmin = 0;
    U32 localData1 = 0;

@@ -22,6 +22,8 @@
 
 namespace Rib {
 
+/// A link's bandwidth in bytes per second, as the link-bandwidth extended community carries
+/// it.
 class QORBGP_EXPORT LinkBandwidth {
  public:
    constexpr LinkBandwidth() noexcept = default;

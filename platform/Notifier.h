@@ -29,6 +29,7 @@ namespace Kiv {
 
 class Notifier;
 
+/// Observes one Notifier at a time; notifier classes derive their notifiee bases from it.
 class QORBGP_EXPORT Notifiee {
  public:
    Notifiee(Notifiee const&) = delete;
@@ -54,6 +55,7 @@ class QORBGP_EXPORT Notifiee {
    bool active_ = true;
 };
 
+/// An object whose changes its notifiees are told about.
 class QORBGP_EXPORT Notifier : public PtrInterface {
  public:
    std::size_t notifieeCount() const noexcept;

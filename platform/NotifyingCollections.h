@@ -48,6 +48,7 @@ class NotifyingBase {
 
 } // namespace detail
 
+/// A set of keys that tells its owner's notifiees about every key inserted or removed.
 template <class Key, class N, void (N::*OnChange)(Key const&), class Hash = std::hash<Key>>
 class NotifyingKeySet : detail::NotifyingBase<N, Key, OnChange> {
  public:

@@ -31,6 +31,8 @@
 
 namespace Kiv {
 
+/// Base of every reference-counted framework object: the intrusive count and the notification
+/// switch.
 class QORBGP_EXPORT PtrInterface {
  public:
    PtrInterface(PtrInterface const&) = delete;
@@ -225,6 +227,7 @@ Ptr<T> newNotifying(Args&&... args) {
 
 } // namespace Kiv
 
+/// Hashes a Ptr by address, so that pointers can key unordered containers.
 template <class T>
 struct std::hash<Kiv::Ptr<T>> {
    std::size_t operator()(Kiv::Ptr<T> const& p) const noexcept { return std::hash<T*>{}(p.get()); }

@@ -119,6 +119,7 @@ QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, RouteTarget rt);
 
 } // namespace Routing::Bgp
 
+/// Hashes a route target by its word (RouteTarget::hash with seed 0).
 template <>
 struct std::hash<Routing::Bgp::RouteTarget> {
    std::size_t operator()(Routing::Bgp::RouteTarget rt) const noexcept { return rt.hash(0); }

@@ -9,6 +9,7 @@
 
 namespace Kiv {
 
+/// Saves a stream's format state and restores it on destruction.
 class StreamStateSaver {
  public:
    explicit StreamStateSaver(std::ios& s)

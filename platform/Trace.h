@@ -34,6 +34,7 @@
 
 namespace Kiv {
 
+/// A named trace facility and the levels enabled for it.
 class QORBGP_EXPORT TraceFacility {
  public:
    static constexpr unsigned maxLevel = 9;

@@ -37,6 +37,7 @@ QORBGP_EXPORT std::optional<bool> parseBool(std::string_view text) noexcept;
 /// Plain decimal digits that fit in 64 bits; nothing otherwise (no sign, no space).
 QORBGP_EXPORT std::optional<U64> parseU64(std::string_view text) noexcept;
 
+/// Builds a value's reflection text one field at a time.
 class QORBGP_EXPORT ValueTextWriter {
  public:
    explicit ValueTextWriter(std::string_view typeName);

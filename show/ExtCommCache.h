@@ -25,6 +25,8 @@
 
 namespace BgpShowCli {
 
+/// The texts already produced for 8-octet extended communities, default and asdot, keyed by
+/// value.
 class QORBGP_EXPORT ExtCommCache : public Kiv::PtrInterface {
  public:
    KIV_POINTER_TYPES(ExtCommCache);

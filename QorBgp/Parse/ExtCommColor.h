@@ -55,6 +55,7 @@ using BgpParseExtComSubTypeTransOpaqueColorRule = BgpParseExtCommKindSubRule<
    BgpParseExtComSubTypeTransOpaqueRuleBase, extCommPktSubtypeTransOpaqueColorExtendedCommunity,
    &extCommColorFactory, "Routing::Bgp::BgpParseExtComSubTypeTransOpaqueColorRule">;
 
+/// The colour plug-in: installs the colour sub-rules in every parser and type rule it is told of.
 class QORBGP_EXPORT BgpParseExtCommColorSm : public BgpParseExtCommPluginBaseSm {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommColorSm);

@@ -18,6 +18,8 @@
 
 namespace Routing::Bgp {
 
+/// Builds and owns the recognition framework: the rule registry, the kind plug-ins and the
+/// parser.
 class QORBGP_EXPORT BgpParseExtCommContainerSm : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommContainerSm);
@@ -30,6 +32,7 @@ class QORBGP_EXPORT BgpParseExtCommContainerSm : public Kiv::Notifier {
       friend bool operator==(ExtCommParserSmsMetadata, ExtCommParserSmsMetadata) noexcept = default;
    };
 
+   /// Observer of the plug-in queue; told of every position filled or emptied.
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onExtCommParserSms(U32 const&) {}

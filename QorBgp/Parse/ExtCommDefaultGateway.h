@@ -50,6 +50,7 @@ using BgpParseExtComSubTypeTransOpaqueDefaultGatewayRule =
                               &extCommDefaultGatewayFactory,
                               "Routing::Bgp::BgpParseExtComSubTypeTransOpaqueDefaultGatewayRule">;
 
+/// The default gateway plug-in: installs the default gateway sub-rules in every parser and type rule it is told of.
 class QORBGP_EXPORT BgpParseExtCommDefaultGatewaySm : public BgpParseExtCommPluginBaseSm {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommDefaultGatewaySm);

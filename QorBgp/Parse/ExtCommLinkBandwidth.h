@@ -76,6 +76,7 @@ using BgpParseExtComSubTypeNonTransTwoOctetAsLinkBandwidthRule = BgpParseExtComm
    extCommPktSubtypeNonTransTwoOctetAsLinkBandwidth, &extCommLinkBandwidthFactory,
    "Routing::Bgp::BgpParseExtComSubTypeNonTransTwoOctetAsLinkBandwidthRule">;
 
+/// The link bandwidth plug-in: installs the link bandwidth sub-rules in every parser and type rule it is told of.
 class QORBGP_EXPORT BgpParseExtCommLinkBandwidthSm : public BgpParseExtCommPluginBaseSm {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommLinkBandwidthSm);

@@ -68,6 +68,7 @@ using BgpParseExtComSubTypeNonTransOpaqueOriginValidationStateRule = BgpParseExt
    &extCommOriginValidationStateFactory,
    "Routing::Bgp::BgpParseExtComSubTypeNonTransOpaqueOriginValidationStateRule">;
 
+/// The origin validation state plug-in: installs the origin validation state sub-rules in every parser and type rule it is told of.
 class QORBGP_EXPORT BgpParseExtCommOriginValidationStateSm : public BgpParseExtCommPluginBaseSm {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommOriginValidationStateSm);

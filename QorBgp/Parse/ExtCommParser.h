@@ -42,6 +42,7 @@ class QORBGP_EXPORT BgpParseExtCommTypeRule final
    using ValuePtrConst = typename SubRuleBase::ValuePtrConst;
    using Key = BgpParseExtCommRuleKey<BgpParseExtCommTypeRule>;
 
+   /// Observer of the type rule; told of every sub-rule it gains or loses.
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onSubTypeRule(Subtype const&) {}
@@ -75,10 +76,13 @@ class QORBGP_EXPORT BgpParseExtCommTypeRule final
 QORBGP_EXT_COMM_TYPE_RULES(QORBGP_EXTERN_TYPE_RULE)
 #undef QORBGP_EXTERN_TYPE_RULE
 
+/// The recognition parser: turns the content of an extended community into its typed value
+/// through one type rule per type octet.
 class QORBGP_EXPORT BgpParseExtendedCommunityRule : public BgpParseExtCommRuleBase {
  public:
    KIV_POINTER_TYPES(BgpParseExtendedCommunityRule);
 
+   /// Observer of the parser; told of every type rule it gains or loses.
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onTypeRule(BgpExtCommPktType const&) {}

@@ -32,6 +32,8 @@
 
 namespace Routing::Bgp {
 
+/// Base of every kind plug-in: observes the rule registry and equips each parser and type rule
+/// announced there.
 class QORBGP_EXPORT BgpParseExtCommPluginBaseSm : public Kiv::PtrInterface {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommPluginBaseSm);

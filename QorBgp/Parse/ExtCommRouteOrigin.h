@@ -92,6 +92,7 @@ using BgpParseExtComSubTypeTransFourOctetAsRouteOriginRule = BgpParseExtCommKind
    "Routing::Bgp::BgpParseExtComSubTypeTransFourOctetAsRouteOriginRule", true>;
 ///@}
 
+/// The route origin plug-in: installs the route origin sub-rules in every parser and type rule it is told of.
 class QORBGP_EXPORT BgpParseExtCommRouteOriginSm : public BgpParseExtCommPluginBaseSm {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommRouteOriginSm);

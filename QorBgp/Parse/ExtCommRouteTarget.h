@@ -91,6 +91,7 @@ using BgpParseExtComSubTypeTransFourOctetAsRouteTargetRule = BgpParseExtCommKind
    "Routing::Bgp::BgpParseExtComSubTypeTransFourOctetAsRouteTargetRule", true>;
 ///@}
 
+/// The route target plug-in: installs the route target sub-rules in every parser and type rule it is told of.
 class QORBGP_EXPORT BgpParseExtCommRouteTargetSm : public BgpParseExtCommPluginBaseSm {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommRouteTargetSm);

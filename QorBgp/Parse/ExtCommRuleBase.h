@@ -63,6 +63,7 @@ class QORBGP_EXPORT BgpParseExtCommControl {
 
 QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, BgpParseExtCommControl const& control);
 
+/// Base of every recognition rule: carries the control that names its registry.
 class QORBGP_EXPORT BgpParseExtCommRuleBase : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommRuleBase);
@@ -190,6 +191,7 @@ struct BgpParseExtCommRuleKey {
    }
 };
 
+/// Hashes a rule key by the rule's address, for the registry's key sets.
 struct BgpParseExtCommRuleKeyHash {
    template <class Rule>
    std::size_t operator()(BgpParseExtCommRuleKey<Rule> key) const noexcept {

@@ -27,10 +27,12 @@
 
 namespace Routing::Bgp {
 
+/// The rule registry: the key sets of live parsers and type rules, observed by the plug-ins.
 class QORBGP_EXPORT BgpParseExtCommRuleCollections : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommRuleCollections);
 
+   /// Observer of the registry; one callback per collection, told the key inserted or removed.
    class QORBGP_EXPORT Notifiee : public Kiv::Notifiee {
     public:
       ~Notifiee() override;

@@ -57,6 +57,7 @@ using BgpParseExtComSubTypeTransOpaqueTunnelEncapRule =
                               &extCommTunnelEncapFactory,
                               "Routing::Bgp::BgpParseExtComSubTypeTransOpaqueTunnelEncapRule">;
 
+/// The tunnel encapsulation plug-in: installs the tunnel encapsulation sub-rules in every parser and type rule it is told of.
 class QORBGP_EXPORT BgpParseExtCommTunnelEncapSm : public BgpParseExtCommPluginBaseSm {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommTunnelEncapSm);
