@@ -1,10 +1,13 @@
-// Interning of IPv6-address-specific extended communities: one shared
-// ExtCommIp6 per distinct 20-octet content, built on first use by the
-// recognition parser. Unlike the 8-octet table it reports nothing: IPv6
-// values never reach a route-target list.
-//
-//   auto table = extCommIp6DedupTableFactory(recognition->extCommParser());
-//   ExtCommIp6::PtrConst v = ExtCommIp6::dedupContent(table.get(), content);
+/// @file
+/// Interning of IPv6-address-specific extended communities: one shared
+/// ExtCommIp6 per distinct 20-octet content, built on first use by the
+/// recognition parser. Unlike the 8-octet table it reports nothing: IPv6
+/// values never reach a route-target list.
+///
+/// @code{.cpp}
+///   auto table = extCommIp6DedupTableFactory(recognition->extCommParser());
+///   ExtCommIp6::PtrConst v = ExtCommIp6::dedupContent(table.get(), content);
+/// @endcode
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/ExtCommIp6.h"
@@ -13,6 +16,7 @@
 
 namespace Routing::Bgp {
 
+/// The interning table of IPv6-address-specific extended communities.
 class QORBGP_EXPORT ExtCommIp6DedupTable : public BasicDedupTable_ {
  public:
    KIV_POINTER_TYPES(ExtCommIp6DedupTable);
@@ -28,7 +32,7 @@ class QORBGP_EXPORT ExtCommIp6DedupTable : public BasicDedupTable_ {
    ParserPtrConst const parseExtCommRule_;
 };
 
-// A new table with notification enabled. The parser must not be null.
+/// A new table with notification enabled. The parser must not be null.
 QORBGP_EXPORT ExtCommIp6DedupTable::Ptr
 extCommIp6DedupTableFactory(ExtCommIp6DedupTable::ParserPtrConst const& parseExtCommRule);
 

@@ -1,19 +1,20 @@
-// The core that both extended community list families are built on: the
-// 8-octet family (ExtCommList, ExtCommClassificationList and its kinds) and
-// the IPv6-address-specific family (ExtCommIp6List,
-// ExtCommIp6ClassificationList). A family is described by a traits struct
-// (ExtCommFamily, ExtCommIp6Family); each list class derives from the core
-// of its level with itself and its family as arguments, and adds only what
-// is its own (its sorted flag, classification split, wire form, text).
-//
-// Both levels hold a vector of interned values, ascending by content without
-// duplicates once sorted, and are interned by the identity of what they hold:
-// a classification list by its values, a list by its classification lists
-// (so lists with the same route targets share one route-target list object).
-// Interned lists are read-only and may be read from any thread.
-//
-// The members are defined once, in ExtCommListCore.cpp, and instantiated
-// there for both families.
+/// @file
+/// The core that both extended community list families are built on: the
+/// 8-octet family (ExtCommList, ExtCommClassificationList and its kinds) and
+/// the IPv6-address-specific family (ExtCommIp6List,
+/// ExtCommIp6ClassificationList). A family is described by a traits struct
+/// (ExtCommFamily, ExtCommIp6Family); each list class derives from the core
+/// of its level with itself and its family as arguments, and adds only what
+/// is its own (its sorted flag, classification split, wire form, text).
+///
+/// Both levels hold a vector of interned values, ascending by content without
+/// duplicates once sorted, and are interned by the identity of what they hold:
+/// a classification list by its values, a list by its classification lists
+/// (so lists with the same route targets share one route-target list object).
+/// Interned lists are read-only and may be read from any thread.
+///
+/// The members are defined once, in ExtCommListCore.cpp, and instantiated
+/// there for both families.
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityPacketTypes.h"
@@ -36,23 +37,23 @@ class ExtCommIp6ClassificationList;
 class ExtCommIp6ClassificationListSnapshot;
 class ExtCommIp6ListSnapshot;
 
-// The 8-octet family: values keyed by their content word.
+/// The 8-octet family: values keyed by their content word.
 struct QORBGP_EXPORT ExtCommFamily {
    using Comm = ExtComm;
    using Key = U64;
    using ClassificationList = ExtCommClassificationList;
    using ClassificationListSnapshot = ExtCommClassificationListSnapshot;
    using ListSnapshot = ExtCommListSnapshot;
-   // The unit that the family's fatal assertions print.
+   /// The unit that the family's fatal assertions print.
    static constexpr char const* listUnit = "QorBgpCommunityList";
-   // The snapshot classes' names, as their error messages give them.
+   /// The snapshot classes' names, as their error messages give them.
    static constexpr char const* listSnapshotName = "ExtCommListSnapshot";
    static constexpr char const* classificationListSnapshotName =
       "ExtCommClassificationListSnapshot";
    static constexpr char const* classificationListUnit = "QorBgpCommunityList";
 };
 
-// The IPv6-address-specific family: values keyed by their 20-octet content.
+/// The IPv6-address-specific family: values keyed by their 20-octet content.
 struct QORBGP_EXPORT ExtCommIp6Family {
    using Comm = ExtCommIp6;
    using Key = ExtCommIp6Content;
@@ -66,8 +67,8 @@ struct QORBGP_EXPORT ExtCommIp6Family {
       "ExtCommIp6ClassificationListSnapshot";
 };
 
-// The values of one classification taken out of a list. `Derived` provides
-// commVectorSorted().
+/// The values of one classification taken out of a list. `Derived` provides
+/// commVectorSorted().
 template <class Derived, class Family>
 class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
  public:
@@ -77,23 +78,23 @@ class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
 
    ExtCommClassification classification() const noexcept { return classification_; }
 
-   // The value with content `community`, or null. Fatal "commVectorSorted" on
-   // an unsorted list.
+   /// The value with content `community`, or null. Fatal "commVectorSorted" on
+   /// an unsorted list.
    Kiv::Ptr<Comm const> comm(Key const& community) const;
    U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
    CommVector const* commVectorRawPtr() const noexcept { return &comms_; }
 
-   // Jenkins one-at-a-time over the addresses of the (interned) values; 0 for
-   // none. Fatal "commVectorSorted()" on an unsorted list.
+   /// Jenkins one-at-a-time over the addresses of the (interned) values; 0 for
+   /// none. Fatal "commVectorSorted()" on an unsorted list.
    U32 hash() const noexcept override;
-   // The very same values in the same order; the classification is not
-   // compared (lists of different classifications cannot share values, and
-   // all empty lists are one). Fatal "commVectorSorted()" on an unsorted list.
+   /// The very same values in the same order; the classification is not
+   /// compared (lists of different classifications cannot share values, and
+   /// all empty lists are one). Fatal "commVectorSorted()" on an unsorted list.
    bool compare(Zup::DedupHandle const* other) const noexcept override;
-   // Interned by the identity of their values, never looked up by content.
+   /// Interned by the identity of their values, never looked up by content.
    bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
-   // A new snapshot holding every value, notification on.
+   /// A new snapshot holding every value, notification on.
    Kiv::Ptr<typename Family::ClassificationListSnapshot> commSnapshot() const;
 
  protected:
@@ -103,10 +104,10 @@ class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
        : classification_(classification) {}
    ~ExtCommClassificationListCore() override = default;
 
-   // Appends an interned value; fatal "__null != comm" for null and the
-   // interned-state condition for a value never interned. No ordering.
+   /// Appends an interned value; fatal "__null != comm" for null and the
+   /// interned-state condition for a value never interned. No ordering.
    void commAppend(Kiv::Ptr<Comm const> const& comm);
-   // Sorts ascending by content, drops duplicates and trims the capacity.
+   /// Sorts ascending by content, drops duplicates and trims the capacity.
    void commVectorSort();
    CommVector const& commVector() const noexcept { return comms_; }
 
@@ -117,10 +118,10 @@ class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
    CommVector comms_;
 };
 
-// The values of one path, with beside them one interned classification list
-// per classification present. `Derived` provides commVectorSorted() and
-// classificationLists(), the vector indexed by classification (null where
-// the list has no value of it).
+/// The values of one path, with beside them one interned classification list
+/// per classification present. `Derived` provides commVectorSorted() and
+/// classificationLists(), the vector indexed by classification (null where
+/// the list has no value of it).
 template <class Derived, class Family>
 class QORBGP_EXPORT ExtCommListCore : public KivHoard::DedupHandle {
  public:
@@ -130,34 +131,34 @@ class QORBGP_EXPORT ExtCommListCore : public KivHoard::DedupHandle {
    using ClassificationListVector =
       std::vector<Kiv::Ptr<typename Family::ClassificationList const>>;
 
-   // Building (before dedup).
+   /// Building (before dedup).
    void expectedCommunityCountIs(U32 communityCount) { comms_.reserve(communityCount); }
 
-   // Reading.
-   // The value with content `community`, or null. Fatal "commVectorSorted" on
-   // an unsorted list.
+   /// Reading.
+   /// The value with content `community`, or null. Fatal "commVectorSorted" on
+   /// an unsorted list.
    Kiv::Ptr<Comm const> comm(Key const& community) const;
    Kiv::Ptr<Comm const> lookupExtComm(Key const& community) const { return comm(community); }
    U32 comms() const noexcept { return static_cast<U32>(comms_.size()); }
    bool empty() const noexcept { return comms_.empty(); }
-   // The same count, for a sorted list only (fatal "commVectorSorted()").
+   /// The same count, for a sorted list only (fatal "commVectorSorted()").
    U32 totalCommunities() const noexcept;
    CommVector const* commVectorRawPtr() const noexcept { return &comms_; }
-   // The interned classification list of `classification`; null when the
-   // list has no value of it, including classifications beyond the vector.
-   // Fatal (the interned-state condition) on a list never interned.
+   /// The interned classification list of `classification`; null when the
+   /// list has no value of it, including classifications beyond the vector.
+   /// Fatal (the interned-state condition) on a list never interned.
    Kiv::Ptr<typename Family::ClassificationList const>
    classificationList(ExtCommClassification classification) const;
 
-   // Jenkins one-at-a-time over the addresses of the interned classification
-   // lists, in classification order; 0 for none.
+   /// Jenkins one-at-a-time over the addresses of the interned classification
+   /// lists, in classification order; 0 for none.
    U32 hash() const noexcept override;
-   // The very same classification lists at every index.
+   /// The very same classification lists at every index.
    bool compare(Zup::DedupHandle const* other) const noexcept override;
-   // Lists are interned by identity, never looked up by content.
+   /// Lists are interned by identity, never looked up by content.
    bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
-   // A new snapshot: every classification list, then every value.
+   /// A new snapshot: every classification list, then every value.
    Kiv::Ptr<typename Family::ListSnapshot> commSnapshot() const;
 
  protected:
@@ -166,12 +167,12 @@ class QORBGP_EXPORT ExtCommListCore : public KivHoard::DedupHandle {
    ExtCommListCore() = default;
    ~ExtCommListCore() override = default;
 
-   // Appends an interned value (as ExtCommClassificationListCore::commAppend).
+   /// Appends an interned value (as ExtCommClassificationListCore::commAppend).
    void commAppend(Kiv::Ptr<Comm const> const& comm);
-   // Sorts ascending by content, drops duplicates and trims the capacity.
+   /// Sorts ascending by content, drops duplicates and trims the capacity.
    void commVectorSort();
    CommVector const& commVector() const noexcept { return comms_; }
-   // Fatal (the never-interned condition) unless this list was never interned.
+   /// Fatal (the never-interned condition) unless this list was never interned.
    void assertNeverDeduped() const noexcept;
 
  private:

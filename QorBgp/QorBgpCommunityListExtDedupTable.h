@@ -1,17 +1,20 @@
-// Interning of extended community lists, and following the life of every
-// distinct route-target set.
-//
-// ExtCommListDedupTable holds three tables: the lists themselves, the
-// classification lists of every classification but route target, and the
-// route-target classification lists. While a route-target classification
-// list is interned it carries an RtExtCommListLifeTimeNotifier, and the
-// table's NotifyingRtExtCommListCollection holds exactly those notifiers:
-// consumers such as route-target import/export filtering observe the
-// collection instead of scanning paths.
-//
-//   auto table = extCommListDedupTableFactory();
-//   ExtCommList::PtrConst shared = list->dedup(table.get());
-//   table->notifyingRtExtCommListCollection()->rtExtCommLists();   // one per route-target set
+/// @file
+/// Interning of extended community lists, and following the life of every
+/// distinct route-target set.
+///
+/// ExtCommListDedupTable holds three tables: the lists themselves, the
+/// classification lists of every classification but route target, and the
+/// route-target classification lists. While a route-target classification
+/// list is interned it carries an RtExtCommListLifeTimeNotifier, and the
+/// table's NotifyingRtExtCommListCollection holds exactly those notifiers:
+/// consumers such as route-target import/export filtering observe the
+/// collection instead of scanning paths.
+///
+/// @code{.cpp}
+///   auto table = extCommListDedupTableFactory();
+///   ExtCommList::PtrConst shared = list->dedup(table.get());
+///   table->notifyingRtExtCommListCollection()->rtExtCommLists();   // one per route-target set
+/// @endcode
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
@@ -21,8 +24,8 @@
 
 namespace Routing::Bgp {
 
-// The observer object of one interned route-target classification list. It
-// refers to the list without owning it.
+/// The observer object of one interned route-target classification list. It
+/// refers to the list without owning it.
 class QORBGP_EXPORT RtExtCommListLifeTimeNotifier : public Zup::DedupHandleLifeTimeNotifier {
  public:
    KIV_POINTER_TYPES(RtExtCommListLifeTimeNotifier);
@@ -33,23 +36,25 @@ class QORBGP_EXPORT RtExtCommListLifeTimeNotifier : public Zup::DedupHandleLifeT
 
    RtExtCommClassificationList const* rtExtCommListRawPtr() const noexcept;
    ExtComm::PtrConst comm(U64 const& community) const;
-   // The text of its route-target list, "extCommClassificationRouteTarget : <rt> ...".
+   /// The text of its route-target list, "extCommClassificationRouteTarget : <rt> ...".
    std::string toStrep() const;
 };
 
 QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, RtExtCommListLifeTimeNotifier const* notifier);
 
+/// Hashes a lifetime notifier by its address.
 struct RtExtCommListLifeTimeNotifierHash {
    std::size_t operator()(RtExtCommListLifeTimeNotifier::PtrConst const& p) const noexcept {
       return std::hash<void const*>{}(p.get());
    }
 };
 
-// The notifiers of the interned route-target lists (attribute rtExtCommList).
+/// The notifiers of the interned route-target lists (attribute rtExtCommList).
 class QORBGP_EXPORT NotifyingRtExtCommListCollection : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(NotifyingRtExtCommListCollection);
 
+   /// Observer of the collection; told of every notifier that enters or leaves it.
    class QORBGP_EXPORT Notifiee : public Kiv::Notifiee {
     public:
       ~Notifiee() override;
@@ -74,8 +79,8 @@ class QORBGP_EXPORT NotifyingRtExtCommListCollection : public Kiv::Notifier {
    void rtExtCommListDelAll() { rtExtCommList_.clear(); }
    Collection const& rtExtCommLists() const noexcept { return rtExtCommList_; }
 
-   // "NotifyingRtExtCommListCollection rtExtCommLists #<n>;" then one
-   // "rtExtCommList <notifier text>" line per entry at indent + 2.
+   /// "NotifyingRtExtCommListCollection rtExtCommLists #<n>;" then one
+   /// "rtExtCommList <notifier text>" line per entry at indent + 2.
    void dumpState(Kiv::DumpContext& context, unsigned indent) const;
 
  private:
@@ -84,9 +89,9 @@ class QORBGP_EXPORT NotifyingRtExtCommListCollection : public Kiv::Notifier {
 
 QORBGP_EXPORT NotifyingRtExtCommListCollection::Ptr notifyingRtExtCommListCollectionFactory();
 
-// Attaches a notifier to every route-target list entering its table and
-// takes it away when the list leaves, keeping the collection in step. The
-// interning threads report concurrently: a mutex serialises the collection.
+/// Attaches a notifier to every route-target list entering its table and
+/// takes it away when the list leaves, keeping the collection in step. The
+/// interning threads report concurrently: a mutex serialises the collection.
 class QORBGP_EXPORT RtExtCommListLifeTimeNotifiee : public Zup::DedupHashTableLifeTimeNotifiee {
  public:
    KIV_POINTER_TYPES(RtExtCommListLifeTimeNotifiee);
@@ -96,7 +101,7 @@ class QORBGP_EXPORT RtExtCommListLifeTimeNotifiee : public Zup::DedupHashTableLi
 
    void handleInsert(Zup::DedupHandle::Ptr const& rtExtCommList) override;
    void handleRemove(Zup::DedupHandle* rtExtCommList) override;
-   // Runs handleRemove for every list still in the collection.
+   /// Runs handleRemove for every list still in the collection.
    void handleNotificationStop(Zup::DedupHashTable const& dedupTable) override;
 
    NotifyingRtExtCommListCollection::Ptr const& notifyingRtExtCommListCollection() const noexcept {
@@ -113,6 +118,7 @@ class QORBGP_EXPORT RtExtCommListLifeTimeNotifiee : public Zup::DedupHashTableLi
 QORBGP_EXPORT RtExtCommListLifeTimeNotifiee::Ptr
 rtExtCommListLifeTimeNotifieeFactory(NotifyingRtExtCommListCollection::Ptr const& collection);
 
+/// The interning table of published extended community lists.
 class QORBGP_EXPORT ExtCommListDedupTable final : public CommListDedupTableBase {
  public:
    KIV_POINTER_TYPES(ExtCommListDedupTable);
@@ -139,8 +145,8 @@ class QORBGP_EXPORT ExtCommListDedupTable final : public CommListDedupTableBase 
    void rtExtCommListLifeTimeNotifieeIs(NotifyingRtExtCommListCollection::Ptr const& collection);
    void rtExtCommListLifeTimeNotifieeDel() noexcept { rtExtCommListLifeTimeNotifiee_ = nullptr; }
 
-   // "ExtCommListDedupTable", then the three tables labelled extComm,
-   // extCommClassification and rtExtCommClassification.
+   /// "ExtCommListDedupTable", then the three tables labelled extComm,
+   /// extCommClassification and rtExtCommClassification.
    void dumpState(Kiv::DumpContext& context, unsigned indent) const override;
 
  private:

@@ -1,16 +1,19 @@
-// Text of community lists, and the regular-expression match of extended
-// lists used by route policy.
-//
-//   CommList                "1:2 no-export"        (null and empty: nothing)
-//   LargeCommList           "1:2:3 65536:0:0"      (null and empty: nothing)
-//   ExtCommList             "[ <e1> <e2> ]"        (null: "NULL", empty: "[  ]")
-//   ExtCommClassificationList
-//                           "extCommClassificationColor : <e1> <e2>"  (null: nothing)
-//   RtExtCommListLifeTimeNotifier
-//                           its route-target list as above            (null: "NULL")
-//
-// Every list's toStrep() is stringify(list). Printing leaves the stream's
-// flags, fill and precision as they were.
+/// @file
+/// Text of community lists, and the regular-expression match of extended
+/// lists used by route policy.
+///
+/// @code{.unparsed}
+///   CommList                "1:2 no-export"        (null and empty: nothing)
+///   LargeCommList           "1:2:3 65536:0:0"      (null and empty: nothing)
+///   ExtCommList             "[ <e1> <e2> ]"        (null: "NULL", empty: "[  ]")
+///   ExtCommClassificationList
+///                           "extCommClassificationColor : <e1> <e2>"  (null: nothing)
+///   RtExtCommListLifeTimeNotifier
+///                           its route-target list as above            (null: "NULL")
+/// @endcode
+///
+/// Every list's toStrep() is stringify(list). Printing leaves the stream's
+/// flags, fill and precision as they were.
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
@@ -24,10 +27,10 @@
 
 namespace Routing::Bgp {
 
-// The one printer behind every list text: the elements of `elements` (null:
-// no list) written by `write(os, element)`, separated by `separator`; with
-// brackets "[ " ... " ]", and "NULL" for a null list; without, nothing for a
-// null list.
+/// The one printer behind every list text: the elements of `elements` (null:
+/// no list) written by `write(os, element)`, separated by `separator`; with
+/// brackets "[ " ... " ]", and "NULL" for a null list; without, nothing for a
+/// null list.
 template <class Range, class Write>
 void formatListElements(std::ostream& os, Range const* elements, Write write, bool brackets,
                         std::string_view separator) {
@@ -68,7 +71,7 @@ QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommClassificationLi
 QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, ExtCommClassificationList const& list);
 QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, RtExtCommListLifeTimeNotifier const& notifier);
 
-// The list printed by its stream operator.
+/// The list printed by its stream operator.
 template <class List>
 std::string stringify(List const* const& list) {
    std::ostringstream os;
@@ -76,17 +79,17 @@ std::string stringify(List const* const& list) {
    return std::move(os).str();
 }
 
-// Which text of its extended communities a route-policy regex sees.
+/// Which text of its extended communities a route-policy regex sees.
 enum class MatchMode : U32 {
-   standard = 0,       // toStrepForPolicy with strepFormatDefault
-   classification = 1, // toStrepForPolicy with strepFormatClassification
-   ui = 2,             // toStrepForUI, only of values with policyMatchStrepUI()
+   standard = 0,       ///< toStrepForPolicy with strepFormatDefault
+   classification = 1, ///< toStrepForPolicy with strepFormatClassification
+   ui = 2,             ///< toStrepForUI, only of values with policyMatchStrepUI()
 };
 
-// Whether `regex` matches the list's values, rendered by `matchMode` and
-// joined with single spaces. The ui mode must find text ("!strVal.empty() ||
-// matchMode != MatchMode::ui"): use it only for lists that have
-// hasPolicyMatchStrepUICommunities().
+/// Whether `regex` matches the list's values, rendered by `matchMode` and
+/// joined with single spaces. The ui mode must find text ("!strVal.empty() ||
+/// matchMode != MatchMode::ui"): use it only for lists that have
+/// hasPolicyMatchStrepUICommunities().
 QORBGP_EXPORT bool matchExtCommList(ExtCommList const* list, MatchMode matchMode,
                                     Routing::RouteMap::PosixRegex const* regex);
 

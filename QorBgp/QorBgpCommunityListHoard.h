@@ -1,5 +1,6 @@
-// Restoring community lists that another process published into the
-// snapshot store. The lists come back as private copies, never interned.
+/// @file
+/// Restoring community lists that another process published into the
+/// snapshot store. The lists come back as private copies, never interned.
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
@@ -7,11 +8,11 @@
 
 namespace Routing::Bgp {
 
-// Rebuilds a standard (Element U32) or large (Element Acl::CommunityValue)
-// list from the store: `data` points at the stored location of the list.
-// The flags word and the elements are copied as stored; the list is not
-// interned. Null when the store changed while it was read; Kiv::RangeError
-// for a location (or element array) outside the store. Traces at level 8.
+/// Rebuilds a standard (Element U32) or large (Element Acl::CommunityValue)
+/// list from the store: `data` points at the stored location of the list.
+/// The flags word and the elements are copied as stored; the list is not
+/// interned. Null when the store changed while it was read; Kiv::RangeError
+/// for a location (or element array) outside the store. Traces at level 8.
 template <class List, class Element>
 typename List::PtrConst dehoardCommList(void const* data, hoard::StoreManager* store);
 

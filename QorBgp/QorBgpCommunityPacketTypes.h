@@ -1,18 +1,19 @@
-// Names of the type and subtype octets of an extended community.
-//
-// BgpExtCommPktType names the type octet (the high-order type: bit 0x40 set
-// means non-transitive); each type that has a subtype octet has one subtype
-// enumeration. Member names are part of the library's text forms and are kept
-// exactly, including their irregular spellings (extCommPktSubtypeTransOpaqeUnknown,
-// extCommPktSubNonTransFourOctetAsUnknown).
-//
-// Every enumeration has an Unknown member 0x100, a value that no wire octet can
-// equal. Membership (bgpIsValidEnumMember) accepts the named values below
-// 0x100, with one deliberate exception: the transitive two-octet-AS subtypes
-// accept nothing above 0x10, so extCommPktSubtypeNonTransTwoOctetAsLinkBandwidthAny
-// (0x14, link bandwidth of any transitivity) is never taken for a wire
-// subtype of that type. The non-transitive IPv4-address enumeration accepts
-// no value at all.
+/// @file
+/// Names of the type and subtype octets of an extended community.
+///
+/// BgpExtCommPktType names the type octet (the high-order type: bit 0x40 set
+/// means non-transitive); each type that has a subtype octet has one subtype
+/// enumeration. Member names are part of the library's text forms and are kept
+/// exactly, including their irregular spellings (extCommPktSubtypeTransOpaqeUnknown,
+/// extCommPktSubNonTransFourOctetAsUnknown).
+///
+/// Every enumeration has an Unknown member 0x100, a value that no wire octet can
+/// equal. Membership (bgpIsValidEnumMember) accepts the named values below
+/// 0x100, with one deliberate exception: the transitive two-octet-AS subtypes
+/// accept nothing above 0x10, so extCommPktSubtypeNonTransTwoOctetAsLinkBandwidthAny
+/// (0x14, link bandwidth of any transitivity) is never taken for a wire
+/// subtype of that type. The non-transitive IPv4-address enumeration accepts
+/// no value at all.
 #pragma once
 
 #include "QorBgpCommunity/platform/Enum.h"
@@ -20,9 +21,9 @@
 
 namespace Routing::Bgp {
 
-// Membership limit of the subtype enumerations: every octet value.
+/// Membership limit of the subtype enumerations: every octet value.
 inline constexpr U32 extCommOctetMemberLimit = 0xff;
-// Membership limit of the transitive two-octet-AS subtypes.
+/// Membership limit of the transitive two-octet-AS subtypes.
 inline constexpr U32 extCommTransTwoOctetAsMemberLimit = 0x10;
 
 #define QORBGP_EXT_COMM_PKT_TYPE(X)                                                      \
@@ -151,7 +152,7 @@ inline constexpr U32 extCommTransTwoOctetAsMemberLimit = 0x10;
    X(extCommClassificationOriginValidationState, 9)                                      \
    X(extCommClassificationOneBeyondLast, 10)
 
-// Declares the enumeration E from its X-macro LIST, with its glue.
+/// Declares the enumeration E from its X-macro LIST, with its glue.
 #define QORBGP_EXT_COMM_ENUM(E, LIST)                                                    \
    enum QORBGP_EXPORT E : U32 { LIST(KIV_ENUMERATOR) };                                  \
    KIV_ENUM_GLUE(E)
@@ -181,8 +182,8 @@ QORBGP_EXT_COMM_ENUM(BgpExtCommPktSubtypeNonTransFourOctetAs,
 QORBGP_EXT_COMM_ENUM(BgpExtCommPktSubtypeNonTransOpaque,
                      QORBGP_EXT_COMM_PKT_SUBTYPE_NON_TRANS_OPAQUE);
 
-// The recognised kind of an extended community. extCommClassificationOneBeyondLast
-// is the count that sizes per-classification arrays, never a value's kind.
+/// The recognised kind of an extended community. extCommClassificationOneBeyondLast
+/// is the count that sizes per-classification arrays, never a value's kind.
 QORBGP_EXT_COMM_ENUM(ExtCommClassification, QORBGP_EXT_COMM_CLASSIFICATION);
 
 } // namespace Routing::Bgp

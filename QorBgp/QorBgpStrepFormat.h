@@ -1,16 +1,19 @@
-// The selector of an extended community's text form (toStrepForPolicy): a
-// small set of flags in one word, shared by the 8-octet and the IPv6 values,
-// which differ only in which flags exist and where they sit.
-//
-//   ExtComm::StrepFormat f(ExtComm::StrepFormat::flagClassification |
-//                          ExtComm::StrepFormat::flagUI);
-//   f.strepFormatUI();       // true
-//   f.valueToStrep();        // "Value('Routing::Bgp::ExtComm::StrepFormat', ** {...})"
-//
-// A Layout gives `typeName` (the reflection name), `fields` (each flag's
-// reflection name and bit, in text order) and the bits of the optional flags
-// `json`, `asdot` and `linkBwWeighted` (0 for a flag the set does not have).
-// Default, classification and UI are bits 0 to 2 in every layout.
+/// @file
+/// The selector of an extended community's text form (toStrepForPolicy): a
+/// small set of flags in one word, shared by the 8-octet and the IPv6 values,
+/// which differ only in which flags exist and where they sit.
+///
+/// @code{.cpp}
+///   ExtComm::StrepFormat f(ExtComm::StrepFormat::flagClassification |
+///                          ExtComm::StrepFormat::flagUI);
+///   f.strepFormatUI();       // true
+///   f.valueToStrep();        // "Value('Routing::Bgp::ExtComm::StrepFormat', ** {...})"
+/// @endcode
+///
+/// A Layout gives `typeName` (the reflection name), `fields` (each flag's
+/// reflection name and bit, in text order) and the bits of the optional flags
+/// `json`, `asdot` and `linkBwWeighted` (0 for a flag the set does not have).
+/// Default, classification and UI are bits 0 to 2 in every layout.
 #pragma once
 
 #include "QorBgpCommunity/platform/Types.h"
@@ -21,6 +24,8 @@
 
 namespace Routing::Bgp {
 
+/// The flags that select a value's text form; `Layout` says which optional flags exist and
+/// where they sit.
 template <class Layout>
 class StrepFormatFlags {
  public:
@@ -34,14 +39,14 @@ class StrepFormatFlags {
       flagDefault | flagClassification | flagUI | flagJson | flagAsdot | flagLinkBwWeighted;
 
    constexpr StrepFormatFlags() noexcept = default;
-   // Keeps the bits of the set; RangeError when `value` is above allFlags.
+   /// Keeps the bits of the set; RangeError when `value` is above allFlags.
    explicit StrepFormatFlags(U32 value) : value_(value & allFlags) {
       if (value > allFlags) {
          Kiv::flagSetOutOfRange(shortName(), value, allFlags);
       }
    }
-   // Parses the reflection text; RangeError when it is malformed or does not
-   // name exactly this set's flags.
+   /// Parses the reflection text; RangeError when it is malformed or does not
+   /// name exactly this set's flags.
    static StrepFormatFlags fromValueStrep(std::string_view text) {
       return StrepFormatFlags(Kiv::flagSetFromValueText(text, Layout::typeName, Layout::fields));
    }
@@ -67,14 +72,15 @@ class StrepFormatFlags {
    friend bool operator==(StrepFormatFlags, StrepFormatFlags) noexcept = default;
 
  private:
-   // "Routing::Bgp::ExtComm::StrepFormat" -> "ExtComm::StrepFormat"
+   /// "Routing::Bgp::ExtComm::StrepFormat" -> "ExtComm::StrepFormat"
    static constexpr std::string_view shortName() noexcept {
       return Layout::typeName.substr(std::string_view("Routing::Bgp::").size());
    }
 
-   U32 value_ = 0; // only bits of allFlags are ever set
+   U32 value_ = 0; ///< only bits of allFlags are ever set
 };
 
+/// The flags of the 8-octet values' text form, ExtComm::StrepFormat.
 struct ExtCommStrepLayout {
    static constexpr std::string_view typeName = "Routing::Bgp::ExtComm::StrepFormat";
    static constexpr U32 json = 8;
@@ -87,7 +93,7 @@ struct ExtCommStrepLayout {
    };
 };
 
-// The IPv6 set has no JSON flag; the flags after UI sit one bit lower.
+/// The IPv6 set has no JSON flag; the flags after UI sit one bit lower.
 struct ExtCommIp6StrepLayout {
    static constexpr std::string_view typeName = "Routing::Bgp::ExtCommIp6::StrepFormat";
    static constexpr U32 json = 0;

@@ -1,14 +1,17 @@
-// Small bit-set value types with a reflective text: each bit is a boolean
-// field of Value('<type>', ** {'<bit name>': True, ...}).
-//
-//   struct Layout {
-//      static constexpr std::string_view typeName = "Routing::Bgp::Foo::Attrs";
-//      static constexpr Kiv::FlagField fields[] = {{"sorted", 1}, {"hasPrunableValues", 2}};
-//   };
-//   class Attrs : public Kiv::BitSetValue<Layout> { ... named accessors ... };
-//
-// Construction from a raw U32 keeps the bits the layout names and drops the
-// rest; the text parser rejects anything but exactly the layout's fields.
+/// @file
+/// Small bit-set value types with a reflective text: each bit is a boolean
+/// field of Value('\<type\>', ** {'\<bit name\>': True, ...}).
+///
+/// @code{.cpp}
+///   struct Layout {
+///      static constexpr std::string_view typeName = "Routing::Bgp::Foo::Attrs";
+///      static constexpr Kiv::FlagField fields[] = {{"sorted", 1}, {"hasPrunableValues", 2}};
+///   };
+///   class Attrs : public Kiv::BitSetValue<Layout> { ... named accessors ... };
+/// @endcode
+///
+/// Construction from a raw U32 keeps the bits the layout names and drops the
+/// rest; the text parser rejects anything but exactly the layout's fields.
 #pragma once
 
 #include "QorBgpCommunity/platform/Types.h"
@@ -19,6 +22,7 @@
 
 namespace Kiv {
 
+/// A word of named flags whose reflection text names each bit; `Layout` gives the names.
 template <class Layout>
 class BitSetValue {
  public:
@@ -33,7 +37,7 @@ class BitSetValue {
    constexpr BitSetValue() noexcept = default;
    constexpr explicit BitSetValue(U32 raw) noexcept : bits_(raw & allBits) {}
 
-   // RangeError when the text is malformed.
+   /// RangeError when the text is malformed.
    static BitSetValue fromValueStrep(std::string_view text) {
       return BitSetValue(flagSetFromValueText(text, Layout::typeName, Layout::fields));
    }

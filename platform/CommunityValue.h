@@ -1,5 +1,6 @@
-// The route-policy layer's large community value (RFC 8092): three 32-bit
-// words, as the large community list holds and sorts them.
+/// @file
+/// The route-policy layer's large community value (RFC 8092): three 32-bit
+/// words, as the large community list holds and sorts them.
 #pragma once
 
 #include "QorBgpCommunity/platform/Types.h"
@@ -8,12 +9,14 @@
 
 namespace Acl {
 
-// A large community: global administrator (the owner's AS number) and two
-// operator-defined words. A trivially copyable 12-byte value; equality is
-// field-wise and the order lexicographic over (globalAdmin, localData1,
-// localData2), so lists sort by owner first.
-//
-//   Acl::CommunityValue v{65536, 1, 2};   // 65536:1:2
+/// A large community: global administrator (the owner's AS number) and two
+/// operator-defined words. A trivially copyable 12-byte value; equality is
+/// field-wise and the order lexicographic over (globalAdmin, localData1,
+/// localData2), so lists sort by owner first.
+///
+/// @code{.cpp}
+///   Acl::CommunityValue v{65536, 1, 2};   // 65536:1:2
+/// @endcode
 struct CommunityValue {
    U32 globalAdmin = 0;
    U32 localData1 = 0;

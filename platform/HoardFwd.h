@@ -1,6 +1,7 @@
-// Forward declarations of the snapshot store types that the interface of the
-// values and lists names (their hoard and dehoard members). Code that
-// publishes or restores includes platform/Hoard.h.
+/// @file
+/// Forward declarations of the snapshot store types that the interface of the
+/// values and lists names (their hoard and dehoard members). Code that
+/// publishes or restores includes platform/Hoard.h.
 #pragma once
 
 namespace hoard {

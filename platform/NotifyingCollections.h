@@ -1,22 +1,25 @@
-// Collections that tell their owner's notifiees about every change.
-//
-// Each collection is a member of a Notifier (its owner) and is bound to one
-// callback of the owner's notifiee base, `void (N::*)(Key const&)`. An
-// insertion or removal that changes the collection calls that callback on
-// every notifiee, synchronously, after the change; an operation that changes
-// nothing notifies nobody. Receivers get the key only and look the entry up
-// if they care: it may have changed again by then.
-//
-//   class Registry : public Kiv::Notifier {
-//    public:
-//      struct Notifiee : Kiv::Notifiee { virtual void onName(std::string const&) {} };
-//      Kiv::NotifyingKeySet<std::string, Notifiee, &Notifiee::onName> names{*this};
-//   };
-//
-// Iteration order: unspecified for the key set and hash map, ascending for the
-// ordered map. WARNING: a callback that changes the collection invalidates
-// iterators of the hash-based collections; iterate over a copy when callbacks
-// may run.
+/// @file
+/// Collections that tell their owner's notifiees about every change.
+///
+/// Each collection is a member of a Notifier (its owner) and is bound to one
+/// callback of the owner's notifiee base, `void (N::*)(Key const&)`. An
+/// insertion or removal that changes the collection calls that callback on
+/// every notifiee, synchronously, after the change; an operation that changes
+/// nothing notifies nobody. Receivers get the key only and look the entry up
+/// if they care: it may have changed again by then.
+///
+/// @code{.cpp}
+///   class Registry : public Kiv::Notifier {
+///    public:
+///      struct Notifiee : Kiv::Notifiee { virtual void onName(std::string const&) {} };
+///      Kiv::NotifyingKeySet<std::string, Notifiee, &Notifiee::onName> names{*this};
+///   };
+/// @endcode
+///
+/// Iteration order: unspecified for the key set and hash map, ascending for the
+/// ordered map. WARNING: a callback that changes the collection invalidates
+/// iterators of the hash-based collections; iterate over a copy when callbacks
+/// may run.
 #pragma once
 
 #include "QorBgpCommunity/platform/Notifier.h"
@@ -45,6 +48,7 @@ class NotifyingBase {
 
 } // namespace detail
 
+/// A set of keys that tells its owner's notifiees about every key inserted or removed.
 template <class Key, class N, void (N::*OnChange)(Key const&), class Hash = std::hash<Key>>
 class NotifyingKeySet : detail::NotifyingBase<N, Key, OnChange> {
  public:
@@ -54,15 +58,15 @@ class NotifyingKeySet : detail::NotifyingBase<N, Key, OnChange> {
    NotifyingKeySet(NotifyingKeySet const&) = delete;
    NotifyingKeySet& operator=(NotifyingKeySet const&) = delete;
 
-   // Inserts the key; notifies only when it was absent. Returns the key.
+   /// Inserts the key; notifies only when it was absent. Returns the key.
    Key insert(Key const& key) {
       if (keys_.insert(key).second) {
          this->changed(key);
       }
       return key;
    }
-   // Removes the key; notifies and returns true only when it was present.
-   // `key` may refer to the stored key itself: it is copied first.
+   /// Removes the key; notifies and returns true only when it was present.
+   /// `key` may refer to the stored key itself: it is copied first.
    bool erase(Key const& key) {
       Key const removed = key;
       if (keys_.erase(removed) == 0) {
@@ -71,7 +75,7 @@ class NotifyingKeySet : detail::NotifyingBase<N, Key, OnChange> {
       this->changed(removed);
       return true;
    }
-   // Removes every key, each removal notifying.
+   /// Removes every key, each removal notifying.
    void clear() {
       while (!keys_.empty()) {
          erase(*keys_.begin());
@@ -87,7 +91,7 @@ class NotifyingKeySet : detail::NotifyingBase<N, Key, OnChange> {
    Set keys_;
 };
 
-// Shared body of the two maps; Map is std::unordered_map or std::map.
+/// Shared body of the two maps; Map is std::unordered_map or std::map.
 template <class Map, class N, void (N::*OnChange)(typename Map::key_type const&)>
 class NotifyingMap : detail::NotifyingBase<N, typename Map::key_type, OnChange> {
  public:
@@ -100,8 +104,8 @@ class NotifyingMap : detail::NotifyingBase<N, typename Map::key_type, OnChange> 
    NotifyingMap(NotifyingMap const&) = delete;
    NotifyingMap& operator=(NotifyingMap const&) = delete;
 
-   // Inserts or replaces; notifies only when the entry changed (an equal
-   // value leaves it and the notifiees alone).
+   /// Inserts or replaces; notifies only when the entry changed (an equal
+   /// value leaves it and the notifiees alone).
    void set(Key const& key, Value value) {
       auto [it, inserted] = entries_.try_emplace(key, value);
       if (!inserted) {
@@ -112,8 +116,8 @@ class NotifyingMap : detail::NotifyingBase<N, typename Map::key_type, OnChange> 
       }
       this->changed(key);
    }
-   // Removes the entry; notifies and returns true only when it was present.
-   // `key` may refer to the stored key itself: it is copied first.
+   /// Removes the entry; notifies and returns true only when it was present.
+   /// `key` may refer to the stored key itself: it is copied first.
    bool erase(Key const& key) {
       auto it = entries_.find(key);
       if (it == entries_.end()) {
@@ -130,7 +134,7 @@ class NotifyingMap : detail::NotifyingBase<N, typename Map::key_type, OnChange> 
          erase(entries_.begin()->first);
       }
    }
-   // The value, or null when absent. Valid until the entry changes.
+   /// The value, or null when absent. Valid until the entry changes.
    Value const* find(Key const& key) const {
       auto it = entries_.find(key);
       return it == entries_.end() ? nullptr : &it->second;

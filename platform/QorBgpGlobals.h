@@ -1,5 +1,6 @@
-// Agent-wide services the library relies on: the multi-threaded setting and
-// the basic interning table that value and list tables are built on.
+/// @file
+/// Agent-wide services the library relies on: the multi-threaded setting and
+/// the basic interning table that value and list tables are built on.
 #pragma once
 
 #include "QorBgpCommunity/platform/DedupHashTable.h"
@@ -8,19 +9,19 @@
 
 namespace Routing::Bgp {
 
-// The agent's global settings.
+/// The agent's global settings.
 class QORBGP_EXPORT QorBgpGlobals {
  public:
-   // Whether interning tables are created in their multi-threaded form.
+   /// Whether interning tables are created in their multi-threaded form.
    static bool multiThreaded() noexcept;
-   // Set at start-up, before any table exists and before a second thread
-   // runs. Turning it on also makes reference counts atomic
-   // (Kiv::PtrInterface::threadSafeIs), which the multi-threaded tables need.
+   /// Set at start-up, before any table exists and before a second thread
+   /// runs. Turning it on also makes reference counts atomic
+   /// (Kiv::PtrInterface::threadSafeIs), which the multi-threaded tables need.
    static void multiThreadedIs(bool on) noexcept;
 };
 
-// The basic interning table: owns one Zup::DedupHashTable, created in the
-// form that QorBgpGlobals::multiThreaded() selects when the table is made.
+/// The basic interning table: owns one Zup::DedupHashTable, created in the
+/// form that QorBgpGlobals::multiThreaded() selects when the table is made.
 class QORBGP_EXPORT BasicDedupTable_ : public Kiv::PtrInterface {
  public:
    KIV_POINTER_TYPES(BasicDedupTable_);

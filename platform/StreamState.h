@@ -1,13 +1,15 @@
-// Keeps a renderer from changing its caller's stream format: saves the flags,
-// fill and precision and restores them on destruction. The field width, like
-// that of any formatted output, is consumed: it is cleared on entry, so that
-// it pads none of the pieces the renderer writes, and stays 0 afterwards.
+/// @file
+/// Keeps a renderer from changing its caller's stream format: saves the flags,
+/// fill and precision and restores them on destruction. The field width, like
+/// that of any formatted output, is consumed: it is cleared on entry, so that
+/// it pads none of the pieces the renderer writes, and stays 0 afterwards.
 #pragma once
 
 #include <ios>
 
 namespace Kiv {
 
+/// Saves a stream's format state and restores it on destruction.
 class StreamStateSaver {
  public:
    explicit StreamStateSaver(std::ios& s)

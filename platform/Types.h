@@ -1,4 +1,5 @@
-// The unsigned integer types that the library and its platform are written in.
+/// @file
+/// The unsigned integer types that the library and its platform are written in.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,7 @@
-// Recognition of typed extended communities: the rules, the registry they
-// announce themselves in, the parser, the plug-in base and the container that
-// builds them in order. Include this to use the recognition framework.
+/// @file
+/// Recognition of typed extended communities: the rules, the registry they
+/// announce themselves in, the parser, the plug-in base and the container that
+/// builds them in order. Include this to use the recognition framework.
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/Parse/ExtCommContainer.h"

@@ -1,21 +1,24 @@
-// The parser BgpParseExtendedCommunityRule and its type rules: they turn raw
-// extended community content into the most specific typed value that the
-// installed sub-rules know.
-//
-// Parsing an 8-octet content: the type octet picks the type rule (none: a
-// plain ExtComm); the type rule reads the subtype octet and, when it names a
-// member of the type's subtype enumeration, asks that subtype's sub-rule; when
-// there is none or it declines, the type rule builds its fallback (see
-// BgpParseExtCommFallback). The 20-octet IPv6 form works alike, ending in a
-// plain ExtCommIp6. Parsing never fails and always returns a new object, not
-// yet interned; it only reads the rule tables and takes no lock.
-//
-//   auto registry = bgpParseExtCommRuleCollectionsFactory();
-//   auto parser = bgpParseExtendedCommunityRuleFactory(BgpParseExtCommControl(registry));
-//   ExtComm::PtrConst v = parser->parseExtendedCommunity(ExtCommContent(0x0002fde800000064));
-//
-// Rules are installed with typeRuleIs / subTypeRuleIs: the last rule installed
-// for a code wins; a null rule raises Kiv::NullArgumentError.
+/// @file
+/// The parser BgpParseExtendedCommunityRule and its type rules: they turn raw
+/// extended community content into the most specific typed value that the
+/// installed sub-rules know.
+///
+/// Parsing an 8-octet content: the type octet picks the type rule (none: a
+/// plain ExtComm); the type rule reads the subtype octet and, when it names a
+/// member of the type's subtype enumeration, asks that subtype's sub-rule; when
+/// there is none or it declines, the type rule builds its fallback (see
+/// BgpParseExtCommFallback). The 20-octet IPv6 form works alike, ending in a
+/// plain ExtCommIp6. Parsing never fails and always returns a new object, not
+/// yet interned; it only reads the rule tables and takes no lock.
+///
+/// @code{.cpp}
+///   auto registry = bgpParseExtCommRuleCollectionsFactory();
+///   auto parser = bgpParseExtendedCommunityRuleFactory(BgpParseExtCommControl(registry));
+///   ExtComm::PtrConst v = parser->parseExtendedCommunity(ExtCommContent(0x0002fde800000064));
+/// @endcode
+///
+/// Rules are installed with typeRuleIs / subTypeRuleIs: the last rule installed
+/// for a code wins; a null rule raises Kiv::NullArgumentError.
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/Parse/ExtCommRuleCollections.h"
@@ -25,7 +28,7 @@
 
 namespace Routing::Bgp {
 
-// One type octet's rule: holds the sub-rules of its subtypes.
+/// One type octet's rule: holds the sub-rules of its subtypes.
 template <auto Type, class SubRuleBase, BgpParseExtCommFallback Fallback>
 class QORBGP_EXPORT BgpParseExtCommTypeRule final
     : public BgpParseExtCommTypeRuleBase<decltype(Type), typename SubRuleBase::ContentType,
@@ -39,15 +42,16 @@ class QORBGP_EXPORT BgpParseExtCommTypeRule final
    using ValuePtrConst = typename SubRuleBase::ValuePtrConst;
    using Key = BgpParseExtCommRuleKey<BgpParseExtCommTypeRule>;
 
+   /// Observer of the type rule; told of every sub-rule it gains or loses.
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onSubTypeRule(Subtype const&) {}
    };
 
-   // Builds the rule and announces it in the control's registry, where
-   // observing plug-ins install their sub-rules before this returns.
+   /// Builds the rule and announces it in the control's registry, where
+   /// observing plug-ins install their sub-rules before this returns.
    explicit BgpParseExtCommTypeRule(BgpParseExtCommControl const& control);
-   // Withdraws the announcement.
+   /// Withdraws the announcement.
    ~BgpParseExtCommTypeRule() override;
 
    std::string_view fwkType() const noexcept override {
@@ -58,7 +62,7 @@ class QORBGP_EXPORT BgpParseExtCommTypeRule final
    void subTypeRuleIs(typename SubRuleBase::PtrConst const& rule);
    void subTypeRuleDel(Subtype subtype) { subTypeRule_.erase(subtype); }
    void subTypeRuleDelAll() { subTypeRule_.clear(); }
-   // The sub-rule of a subtype, or null.
+   /// The sub-rule of a subtype, or null.
    typename SubRuleBase::PtrConst subTypeRule(Subtype subtype) const;
    auto const& subTypeRules() const noexcept { return subTypeRule_; }
 
@@ -72,10 +76,13 @@ class QORBGP_EXPORT BgpParseExtCommTypeRule final
 QORBGP_EXT_COMM_TYPE_RULES(QORBGP_EXTERN_TYPE_RULE)
 #undef QORBGP_EXTERN_TYPE_RULE
 
+/// The recognition parser: turns the content of an extended community into its typed value
+/// through one type rule per type octet.
 class QORBGP_EXPORT BgpParseExtendedCommunityRule : public BgpParseExtCommRuleBase {
  public:
    KIV_POINTER_TYPES(BgpParseExtendedCommunityRule);
 
+   /// Observer of the parser; told of every type rule it gains or loses.
    class Notifiee : public Kiv::Notifiee {
     public:
       virtual void onTypeRule(BgpExtCommPktType const&) {}
@@ -118,7 +125,7 @@ class QORBGP_EXPORT BgpParseExtendedCommunityRule : public BgpParseExtCommRuleBa
       ip6TypeRule_{*this};
 };
 
-// A new parser with notification active.
+/// A new parser with notification active.
 QORBGP_EXPORT BgpParseExtendedCommunityRule::Ptr
 bgpParseExtendedCommunityRuleFactory(BgpParseExtCommControl const& control);
 

@@ -1,17 +1,18 @@
-// The rules that recognise typed extended communities, and the keys that name
-// live rules in the rule registry.
-//
-// Recognition is a tree: one parser (BgpParseExtendedCommunityRule), one type
-// rule per type octet under it, and under each type rule at most one sub-rule
-// per subtype octet. Type rules are fixed; sub-rules come from kind plug-ins
-// that never see the parser: every parser and type rule announces itself in
-// the registry (BgpParseExtCommRuleCollections) through a key, and plug-ins
-// observing the registry attach their sub-rules to what is announced.
-//
-// Every rule carries a BgpParseExtCommControl naming the registry it belongs
-// to. Rules are reference-counted framework objects, immutable once built but
-// for the parser's and type rules' rule tables; single-threaded (the agent's
-// reactor thread), though parsing itself only reads.
+/// @file
+/// The rules that recognise typed extended communities, and the keys that name
+/// live rules in the rule registry.
+///
+/// Recognition is a tree: one parser (BgpParseExtendedCommunityRule), one type
+/// rule per type octet under it, and under each type rule at most one sub-rule
+/// per subtype octet. Type rules are fixed; sub-rules come from kind plug-ins
+/// that never see the parser: every parser and type rule announces itself in
+/// the registry (BgpParseExtCommRuleCollections) through a key, and plug-ins
+/// observing the registry attach their sub-rules to what is announced.
+///
+/// Every rule carries a BgpParseExtCommControl naming the registry it belongs
+/// to. Rules are reference-counted framework objects, immutable once built but
+/// for the parser's and type rules' rule tables; single-threaded (the agent's
+/// reactor thread), though parsing itself only reads.
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/ExtCommIp6.h"
@@ -35,8 +36,8 @@ namespace Routing::Bgp {
 
 class BgpParseExtCommRuleCollections;
 
-// Which registry a rule belongs to. Equality is identity of the registry; a
-// default-constructed control names none and is false.
+/// Which registry a rule belongs to. Equality is identity of the registry; a
+/// default-constructed control names none and is false.
 class QORBGP_EXPORT BgpParseExtCommControl {
  public:
    BgpParseExtCommControl() noexcept;
@@ -51,23 +52,24 @@ class QORBGP_EXPORT BgpParseExtCommControl {
       return a.ruleCollections() == b.ruleCollections();
    }
 
-   // The text of the registry's address (see Kiv::pointerText).
+   /// The text of the registry's address (see Kiv::pointerText).
    std::string valueToStrep() const;
 
  private:
-   // NOTE: the registry is mutable through a control because rules announce
-   // themselves in it; observers hold it const.
+   /// NOTE: the registry is mutable through a control because rules announce
+   /// themselves in it; observers hold it const.
    Kiv::Ptr<BgpParseExtCommRuleCollections> ruleCollections_;
 };
 
 QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, BgpParseExtCommControl const& control);
 
+/// Base of every recognition rule: carries the control that names its registry.
 class QORBGP_EXPORT BgpParseExtCommRuleBase : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommRuleBase);
 
    BgpParseExtCommControl const& parseControl() const noexcept { return parseControl_; }
-   // Qualified name of the concrete class.
+   /// Qualified name of the concrete class.
    virtual std::string_view fwkType() const noexcept = 0;
 
  protected:
@@ -78,9 +80,9 @@ class QORBGP_EXPORT BgpParseExtCommRuleBase : public Kiv::Notifier {
    BgpParseExtCommControl const parseControl_;
 };
 
-// Base of the rules one level below a parser or type rule: a rule for one
-// code (a type octet for type rules, a subtype octet for sub-rules) that turns
-// content into a typed value, or declines with a null pointer.
+/// Base of the rules one level below a parser or type rule: a rule for one
+/// code (a type octet for type rules, a subtype octet for sub-rules) that turns
+/// content into a typed value, or declines with a null pointer.
 template <class Code, class Content, class Value>
 class QORBGP_EXPORT BgpParseExtCommCodedRuleBase : public BgpParseExtCommRuleBase {
  public:
@@ -91,7 +93,7 @@ class QORBGP_EXPORT BgpParseExtCommCodedRuleBase : public BgpParseExtCommRuleBas
    using ValuePtrConst = Kiv::Ptr<Value const>;
 
    Code code() const noexcept { return code_; }
-   // A new, not yet interned value for `content`, or null to decline.
+   /// A new, not yet interned value for `content`, or null to decline.
    virtual ValuePtrConst inhale(Content const& content) const = 0;
 
  protected:
@@ -102,7 +104,7 @@ class QORBGP_EXPORT BgpParseExtCommCodedRuleBase : public BgpParseExtCommRuleBas
    Code const code_;
 };
 
-// Type rules: one per type octet, keyed by `pktType()`.
+/// Type rules: one per type octet, keyed by `pktType()`.
 template <class Code, class Content, class Value>
 class QORBGP_EXPORT BgpParseExtCommTypeRuleBase
     : public BgpParseExtCommCodedRuleBase<Code, Content, Value> {
@@ -119,8 +121,8 @@ using BgpParseExtendedCommunityTypeRuleBase =
 using BgpParseExtendedCommunityIp6TypeRuleBase =
    BgpParseExtCommTypeRuleBase<BgpExtCommIp6PktType, ExtCommIp6Content, ExtCommIp6>;
 
-// Sub-rules: one per subtype octet of one type, keyed by `pktSubType()`. The
-// subtype enumeration names the type, so it alone picks the base.
+/// Sub-rules: one per subtype octet of one type, keyed by `pktSubType()`. The
+/// subtype enumeration names the type, so it alone picks the base.
 template <class Subtype, class Content, class Value>
 class QORBGP_EXPORT BgpParseExtCommSubRuleBase
     : public BgpParseExtCommCodedRuleBase<Subtype, Content, Value> {
@@ -164,8 +166,8 @@ using BgpParseExtCommIp6SubTypeNonTransRuleBase =
    BgpParseExtCommSubRuleBase<BgpExtCommIp6PktSubtypeNonTransIpv6Address, ExtCommIp6Content,
                               ExtCommIp6>;
 
-// Names one live rule by its address; owns nothing. Equality is identity,
-// order is that of the addresses as unsigned integers. Text: the address.
+/// Names one live rule by its address; owns nothing. Equality is identity,
+/// order is that of the addresses as unsigned integers. Text: the address.
 template <class Rule>
 struct BgpParseExtCommRuleKey {
    Rule* rule = nullptr;
@@ -176,7 +178,7 @@ struct BgpParseExtCommRuleKey {
       return reinterpret_cast<std::uintptr_t>(a.rule) <=> reinterpret_cast<std::uintptr_t>(b.rule);
    }
    std::string valueToStrep() const { return Kiv::pointerText(rule); }
-   // Parses valueToStrep's text; RangeError for anything else.
+   /// Parses valueToStrep's text; RangeError for anything else.
    static BgpParseExtCommRuleKey fromValueStrep(std::string_view text) {
       auto address = Kiv::parsePointer(text);
       if (!address) {
@@ -189,6 +191,7 @@ struct BgpParseExtCommRuleKey {
    }
 };
 
+/// Hashes a rule key by the rule's address, for the registry's key sets.
 struct BgpParseExtCommRuleKeyHash {
    template <class Rule>
    std::size_t operator()(BgpParseExtCommRuleKey<Rule> key) const noexcept {
@@ -196,12 +199,12 @@ struct BgpParseExtCommRuleKeyHash {
    }
 };
 
-// What a type rule builds when no sub-rule recognises the content.
+/// What a type rule builds when no sub-rule recognises the content.
 enum class QORBGP_EXPORT BgpParseExtCommFallback {
-   asNumberTwoOctet,  // ExtCommAsNumber, two-octet AS layout
-   asNumberFourOctet, // ExtCommAsNumber, four-octet AS layout
-   ipv4Address,       // ExtCommIpv4Address
-   subtyped,          // ExtCommSubtyped, or ExtCommIp6Subtyped for the IPv6 types
+   asNumberTwoOctet,  ///< ExtCommAsNumber, two-octet AS layout
+   asNumberFourOctet, ///< ExtCommAsNumber, four-octet AS layout
+   ipv4Address,       ///< ExtCommIpv4Address
+   subtyped,          ///< ExtCommSubtyped, or ExtCommIp6Subtyped for the IPv6 types
 };
 
 template <auto Type, class SubRuleBase, BgpParseExtCommFallback Fallback>
@@ -210,10 +213,12 @@ class BgpParseExtCommTypeRule;
 class BgpParseExtendedCommunityRule;
 using BgpParseExtendedCommunityRuleKey = BgpParseExtCommRuleKey<BgpParseExtendedCommunityRule>;
 
-// The type rules, one per row:
-//   X(registry collection, name stem S, class stem N, type code, sub-rule base, fallback)
-// giving the class BgpParseExtComm<N>Rule and its key BgpParse<S>RuleKey. The
-// order is that in which the parser builds them and plug-ins scan the registry.
+/// The type rules, one per row:
+/// @code{.unparsed}
+///   X(registry collection, name stem S, class stem N, type code, sub-rule base, fallback)
+/// @endcode
+/// giving the class `BgpParseExtComm<N>Rule` and its key `BgpParse<S>RuleKey`. The
+/// order is that in which the parser builds them and plug-ins scan the registry.
 #define QORBGP_EXT_COMM_TYPE_RULES(X)                                                    \
    X(extendedCommSubTypeTransTwoOctetAsRuleInstance, ExtCommSubTypeTransTwoOctetAs,      \
      TransTwoOctetAs, extCommPktTypeTransTwoOctetAs,                                     \
@@ -255,7 +260,7 @@ using BgpParseExtendedCommunityRuleKey = BgpParseExtCommRuleKey<BgpParseExtended
      extCommIp6PktTypeNonTransIpv6Address, BgpParseExtCommIp6SubTypeNonTransRuleBase,    \
      subtyped)
 
-// The template-id of a row's type rule (explicit instantiation needs it spelt out).
+/// The template-id of a row's type rule (explicit instantiation needs it spelt out).
 #define QORBGP_TYPE_RULE_ID(collection, S, N, type, SubRuleBase, fallback)               \
    BgpParseExtCommTypeRule<type, SubRuleBase, BgpParseExtCommFallback::fallback>
 
@@ -266,9 +271,9 @@ using BgpParseExtendedCommunityRuleKey = BgpParseExtCommRuleKey<BgpParseExtended
 QORBGP_EXT_COMM_TYPE_RULES(QORBGP_DECLARE_TYPE_RULE)
 #undef QORBGP_DECLARE_TYPE_RULE
 
-// The qualified class name of the type rule for a type code.
-// NOTE: a name as template argument would make the rules' instantiations
-// invisible outside the library, so the rules look theirs up here instead.
+/// The qualified class name of the type rule for a type code.
+/// NOTE: a name as template argument would make the rules' instantiations
+/// invisible outside the library, so the rules look theirs up here instead.
 template <auto Type>
 constexpr std::string_view bgpParseExtCommTypeRuleName() noexcept {
 #define QORBGP_TYPE_RULE_NAME(collection, S, N, type, ...)                               \

@@ -1,20 +1,23 @@
-// BgpParseExtCommRuleCollections: the registry in which every live parser and
-// type rule announces itself, so that kind plug-ins can attach sub-rules to
-// rules they never see built.
-//
-// Fourteen key sets, one per kind of announcing rule: the parsers
-// (extendedCommunityTypeRuleInstance) and one per type rule, in the order of
-// QORBGP_EXT_COMM_TYPE_RULES. For each collection C there are
-//   C##Is(key)      insert; notifies only when the key was absent; returns it
-//   C##Del(key)     remove; notifies and returns true only when it was present
-//   C##DelAll()     remove all, each removal notifying
-//   C##Has(key)     membership
-//   C()             the keys, for iteration in no particular order
-// Observers derive from BgpParseExtCommRuleCollections::Notifiee and are told
-// the changed key of a collection through its on<S>RuleInstance callback.
-//
-// One registry is shared by the parser, its type rules (through their
-// controls) and the plug-ins. Single-threaded.
+/// @file
+/// BgpParseExtCommRuleCollections: the registry in which every live parser and
+/// type rule announces itself, so that kind plug-ins can attach sub-rules to
+/// rules they never see built.
+///
+/// Fourteen key sets, one per kind of announcing rule: the parsers
+/// (extendedCommunityTypeRuleInstance) and one per type rule, in the order of
+/// QORBGP_EXT_COMM_TYPE_RULES. For each collection C there are
+/// @code{.unparsed}
+///   C##Is(key)      insert; notifies only when the key was absent; returns it
+///   C##Del(key)     remove; notifies and returns true only when it was present
+///   C##DelAll()     remove all, each removal notifying
+///   C##Has(key)     membership
+///   C()             the keys, for iteration in no particular order
+/// @endcode
+/// Observers derive from BgpParseExtCommRuleCollections::Notifiee and are told
+/// the changed key of a collection through its `on<S>RuleInstance` callback.
+///
+/// One registry is shared by the parser, its type rules (through their
+/// controls) and the plug-ins. Single-threaded.
 #pragma once
 
 #include "QorBgpCommunity/QorBgp/Parse/ExtCommRuleBase.h"
@@ -24,10 +27,12 @@
 
 namespace Routing::Bgp {
 
+/// The rule registry: the key sets of live parsers and type rules, observed by the plug-ins.
 class QORBGP_EXPORT BgpParseExtCommRuleCollections : public Kiv::Notifier {
  public:
    KIV_POINTER_TYPES(BgpParseExtCommRuleCollections);
 
+   /// Observer of the registry; one callback per collection, told the key inserted or removed.
    class QORBGP_EXPORT Notifiee : public Kiv::Notifiee {
     public:
       ~Notifiee() override;
@@ -66,8 +71,8 @@ class QORBGP_EXPORT BgpParseExtCommRuleCollections : public Kiv::Notifier {
 #undef QORBGP_RULE_COLLECTION
 
  public:
-   // The collection of a key type: rules announce (Is) and withdraw (Del)
-   // their own key through these without naming their collection.
+   /// The collection of a key type: rules announce (Is) and withdraw (Del)
+   /// their own key through these without naming their collection.
    template <class Key>
    Key ruleInstanceIs(Key const& key) {
       return keysOf(std::type_identity<Key>{}).insert(key);
@@ -78,7 +83,7 @@ class QORBGP_EXPORT BgpParseExtCommRuleCollections : public Kiv::Notifier {
    }
 };
 
-// A new, empty registry with notification active.
+/// A new, empty registry with notification active.
 QORBGP_EXPORT BgpParseExtCommRuleCollections::Ptr bgpParseExtCommRuleCollectionsFactory();
 
 } // namespace Routing::Bgp
