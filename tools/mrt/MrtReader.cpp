@@ -28,8 +28,9 @@ constexpr U8 kBottomOfStack = 0x01; // in a label's third octet
 
 enum class Outcome { used, ignored, damaged };
 
-// How the NLRI of a SAFI encodes its prefix.
-enum class NlriForm { plain, labeled, vpn };
+// How the NLRI of a SAFI encodes its route: a prefix (with labels and a
+// route distinguisher in front for some), or a structure shown in hex.
+enum class NlriForm { plain, labeled, vpn, evpn, flowspec };
 
 std::optional<Family> familyOfAfi(U16 afi) {
    if (afi == detail::kAfiIpv4) {
@@ -43,6 +44,9 @@ std::optional<Family> familyOfAfi(U16 afi) {
 
 std::optional<NlriForm> nlriForm(U8 safi) {
    switch (safi) {
+   case detail::kSafiFlowspec:
+   case detail::kSafiFlowspecVpn:
+      return NlriForm::flowspec;
    case detail::kSafiUnicast:
    case detail::kSafiMulticast:
       return NlriForm::plain;
@@ -53,6 +57,31 @@ std::optional<NlriForm> nlriForm(U8 safi) {
       return NlriForm::vpn;
    default:
       return std::nullopt;
+   }
+}
+
+// The address family and NLRI form of routes of (AFI, SAFI), when read here.
+struct RouteKind {
+   Family family; // of the prefix; unused for EVPN
+   NlriForm form;
+};
+std::optional<RouteKind> routeKind(U16 afi, U8 safi) {
+   if (afi == detail::kAfiL2vpn && safi == detail::kSafiEvpn) {
+      return RouteKind{Family::ipv4, NlriForm::evpn};
+   }
+   auto family = familyOfAfi(afi);
+   auto form = nlriForm(safi);
+   if (!family || !form) {
+      return std::nullopt;
+   }
+   return RouteKind{*family, *form};
+}
+
+void appendHex(std::string& out, std::span<const U8> bytes) {
+   constexpr char kHex[] = "0123456789abcdef";
+   for (U8 octet : bytes) {
+      out.push_back(kHex[octet >> 4]);
+      out.push_back(kHex[octet & 0xf]);
    }
 }
 
@@ -93,11 +122,7 @@ void appendRouteDistinguisher(std::string& out, std::span<const U8> rd) {
    }
    default:
       out += "0x";
-      for (U8 octet : rd) {
-         constexpr char kHex[] = "0123456789abcdef";
-         out.push_back(kHex[octet >> 4]);
-         out.push_back(kHex[octet & 0xf]);
-      }
+      appendHex(out, rd);
    }
 }
 
@@ -128,6 +153,33 @@ bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, std::st
               std::optional<U32>& pathId, std::string& error) {
    if (addPath) {
       pathId = r.u32();
+   }
+   if (form == NlriForm::evpn) {
+      // Route type, length in octets, route.
+      U8 type = r.u8();
+      auto route = r.bytes(r.u8());
+      if (!r.ok()) {
+         error = "EVPN NLRI runs past its data";
+         return false;
+      }
+      prefix += cat("evpn:", type, ":");
+      appendHex(prefix, route);
+      return true;
+   }
+   if (form == NlriForm::flowspec) {
+      // Length in one octet, or in 12 bits when the first octet is 0xf0 or more.
+      std::size_t length = r.u8();
+      if (length >= 0xf0) {
+         length = (length & 0x0f) << 8 | r.u8();
+      }
+      auto components = r.bytes(length);
+      if (!r.ok()) {
+         error = "flowspec NLRI runs past its data";
+         return false;
+      }
+      prefix += "flowspec:";
+      appendHex(prefix, components);
+      return true;
    }
    unsigned bits = r.u8();
    SpanReader field(r.bytes((bits + 7) / 8));
@@ -173,6 +225,35 @@ bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, std::st
 }
 
 } // namespace
+
+std::string familyName(U16 afi, U8 safi) {
+   if (afi == detail::kAfiL2vpn && safi == detail::kSafiEvpn) {
+      return "evpn";
+   }
+   char const* family = afi == detail::kAfiIpv4 ? "ipv4" : afi == detail::kAfiIpv6 ? "ipv6" : nullptr;
+   char const* kind = nullptr;
+   switch (safi) {
+   case detail::kSafiUnicast: kind = "unicast"; break;
+   case detail::kSafiMulticast: kind = "multicast"; break;
+   case detail::kSafiLabeled: kind = "labeled unicast"; break;
+   case detail::kSafiVpn: kind = "vpn"; break;
+   case detail::kSafiVpnMulticast: kind = "vpn multicast"; break;
+   case detail::kSafiFlowspec: kind = "flowspec"; break;
+   case detail::kSafiFlowspecVpn: kind = "vpn flowspec"; break;
+   default: break;
+   }
+   return family && kind ? cat(family, " ", kind) : cat("afi ", afi, " safi ", safi);
+}
+
+std::string recordTypeName(U16 type) {
+   switch (type) {
+   case detail::kTableDump: return "TABLE_DUMP";
+   case detail::kTableDumpV2: return "TABLE_DUMP_V2";
+   case detail::kBgp4mp: return "BGP4MP";
+   case detail::kBgp4mpEt: return "BGP4MP_ET";
+   default: return cat("type ", type);
+   }
+}
 
 Attribute const* Path::attribute(U8 typeCode) const {
    auto it = std::find_if(attributes.begin(), attributes.end(),
@@ -324,6 +405,9 @@ bool MrtReader::Impl::readRecord() {
    error_.clear();
    switch (decode(timestamp, type, subtype, SpanReader(body_))) {
    case Outcome::used:
+      for (Path& path : pending_) {
+         path.recordType = type;
+      }
       break;
    case Outcome::ignored:
       ++report_.ignoredRecords;
@@ -393,6 +477,8 @@ Outcome MrtReader::Impl::tableDump(U16 subtype, SpanReader r) {
    detail::Prefix parsed{{family, {}}, length};
    std::copy(prefix.begin(), prefix.end(), parsed.address.bytes.begin());
    detail::appendPrefix(path.prefix, parsed);
+   path.afi = family == Family::ipv4 ? detail::kAfiIpv4 : detail::kAfiIpv6;
+   path.fourOctetAs = false;
    return readAttributes(attributes, path.attributes, error_) ? Outcome::used : Outcome::damaged;
 }
 
@@ -431,24 +517,29 @@ Outcome MrtReader::Impl::rib(U16 subtype, SpanReader r) {
    r.skip(4); // sequence number
    std::string prefix;
    std::optional<U32> nlriPathId;
+   U16 afi = 0;
+   U8 safi = 0;
    bool generic = plain == detail::kRibGeneric;
    if (generic) {
-      U16 afi = r.u16();
-      U8 safi = r.u8();
-      auto family = familyOfAfi(afi);
-      auto form = nlriForm(safi);
+      afi = r.u16();
+      safi = r.u8();
+      auto kind = routeKind(afi, safi);
       if (!r.ok()) {
          return damaged("RIB header cut short");
       }
-      if (!family || !form) {
+      if (!kind) {
          return Outcome::ignored;
       }
       // The generic ADD-PATH form carries the path identifier in the NLRI.
-      if (!readNlri(r, *family, *form, addPath, prefix, nlriPathId, error_)) {
+      if (!readNlri(r, kind->family, kind->form, addPath, prefix, nlriPathId, error_)) {
          return Outcome::damaged;
       }
    } else {
       Family family = plain <= detail::kRibIpv4Multicast ? Family::ipv4 : Family::ipv6;
+      afi = family == Family::ipv4 ? detail::kAfiIpv4 : detail::kAfiIpv6;
+      safi = plain == detail::kRibIpv4Multicast || plain == detail::kRibIpv6Multicast
+                ? detail::kSafiMulticast
+                : detail::kSafiUnicast;
       if (!readNlri(r, family, NlriForm::plain, false, prefix, nlriPathId, error_)) {
          return Outcome::damaged;
       }
@@ -476,6 +567,8 @@ Outcome MrtReader::Impl::rib(U16 subtype, SpanReader r) {
       path.peerAs = peers_[peerIndex].as;
       path.prefix = prefix;
       path.pathId = pathId;
+      path.afi = afi;
+      path.safi = safi;
       if (!readAttributes(attributes, path.attributes, error_)) {
          return damaged(cat("RIB entry ", i, ": ", error_));
       }
@@ -548,7 +641,7 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
 
    // An NLRI block that does not decode plainly is tried once more with path
    // identifiers (see the class comment); the first error is the one reported.
-   auto readRoutes = [&](SpanReader nlri, Family routeFamily, NlriForm form) {
+   auto readRoutes = [&](SpanReader nlri, U16 afi, U8 safi, RouteKind route) {
       std::size_t before = pending_.size();
       std::string firstError;
       for (bool addPath : {kind->addPath, true}) {
@@ -557,7 +650,10 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
          bool ok = true;
          while (ok && block.remaining() > 0) {
             Path& path = pending_.emplace_back();
-            ok = readNlri(block, routeFamily, form, addPath, path.prefix, path.pathId, error_);
+            path.afi = afi;
+            path.safi = safi;
+            path.fourOctetAs = kind->as4;
+            ok = readNlri(block, route.family, route.form, addPath, path.prefix, path.pathId, error_);
          }
          if (ok) {
             return true;
@@ -572,7 +668,8 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
       error_ = std::move(firstError);
       return false;
    };
-   if (!readRoutes(SpanReader(r.rest()), Family::ipv4, NlriForm::plain)) {
+   if (!readRoutes(SpanReader(r.rest()), detail::kAfiIpv4, detail::kSafiUnicast,
+                   RouteKind{Family::ipv4, NlriForm::plain})) {
       return Outcome::damaged;
    }
    for (Attribute const& attribute : attributes) {
@@ -587,9 +684,8 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
       if (!m.ok()) {
          return damaged("MP_REACH_NLRI cut short");
       }
-      auto routeFamily = familyOfAfi(routeAfi);
-      auto form = nlriForm(safi);
-      if (routeFamily && form && !readRoutes(m, *routeFamily, *form)) {
+      auto route = routeKind(routeAfi, safi);
+      if (route && !readRoutes(m, routeAfi, safi, *route)) {
          return damaged(cat("MP_REACH_NLRI: ", error_));
       }
    }

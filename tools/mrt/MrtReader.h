@@ -45,15 +45,33 @@ struct Path {
    U32 peerAs = 0;
    // "192.0.2.0/24", "2001:db8::/32"; VPN routes carry their route
    // distinguisher in front: "65000:1:10.0.0.0/8", "192.0.2.1:5:10.0.0.0/8".
+   // EVPN and flowspec routes (BGP4MP only) are given by their NLRI in hex:
+   // "evpn:<route type>:<hex of the route>", "flowspec:<hex of the components>".
    std::string prefix;
    std::optional<U32> pathId;         // set for ADD-PATH records only
    std::vector<Attribute> attributes; // in wire order, repeats kept
+   U16 recordType = 13; // the MRT record's type: 12 TABLE_DUMP, 13 TABLE_DUMP_V2, 16 BGP4MP, 17 BGP4MP_ET
+   // The route's address family: AFI 1 IPv4, 2 IPv6, 25 L2VPN; SAFI 1
+   // unicast, 2 multicast, 4 labeled, 70 EVPN, 128 VPN, 129 VPN multicast,
+   // 133 flowspec, 134 VPN flowspec.
+   U16 afi = 1;
+   U8 safi = 1;
+   // Whether AS_PATH holds 4-octet AS numbers; 2-octet ones come from
+   // TABLE_DUMP and from BGP4MP messages of 2-octet sessions (which may add
+   // an AS4_PATH).
+   bool fourOctetAs = true;
 
    // The first attribute of that type, or nullptr.
    Attribute const* attribute(U8 typeCode) const;
 
    friend bool operator==(Path const&, Path const&) = default;
 };
+
+// "ipv4 unicast", "ipv6 vpn", "evpn", "ipv4 flowspec", ...; "afi 3 safi 1"
+// for a family without a name here.
+std::string familyName(U16 afi, U8 safi);
+// "TABLE_DUMP", "TABLE_DUMP_V2", "BGP4MP", "BGP4MP_ET"; "type 11" otherwise.
+std::string recordTypeName(U16 type);
 
 // Something wrong in the input, at `offset` bytes into the decompressed MRT
 // stream (the start of the record concerned).

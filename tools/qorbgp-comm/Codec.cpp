@@ -184,8 +184,8 @@ int runDecode(DecodeOptions const& options) {
    if (options.json) {
       nlohmann::json out{{"type", type},
                          {"attribute", name},
-                         {"status", stringValue(result.status)},
-                         {"action", stringValue(result.action)}};
+                         {"status", statusLabel(result.status)},
+                         {"action", actionLabel(result.action)}};
       if (result.ok()) {
          out["text"] = text;
       } else {
@@ -195,7 +195,7 @@ int runDecode(DecodeOptions const& options) {
    } else if (result.ok()) {
       std::cout << name << ": " << text << '\n';
    } else {
-      std::cout << name << ": " << result.reason << " (" << stringValue(result.action) << ")\n";
+      std::cout << name << ": " << result.reason << " (" << actionLabel(result.action) << ")\n";
    }
    return result.ok() ? 0 : 1;
 }

@@ -1,6 +1,9 @@
 // The subcommands of qorbgp-comm. Each returns the process exit status:
-// 0 success, 1 a problem with the data (e.g. an unreadable file), 2 bad usage.
+// 0 success, 1 a problem with the data (e.g. an unreadable file), 2 bad usage;
+// match as grep does: 0 something matched, 1 nothing did, 2 a problem.
 #pragma once
+
+#include "PathFilter.h"
 
 #include <string>
 #include <vector>
@@ -17,7 +20,7 @@ int runStats(StatsOptions const& options);
 
 struct ShowOptions {
    std::vector<std::string> files; // read one after the other
-   std::string prefix; // only paths of this prefix when set
+   PathFilterOptions filter;
    bool asdot = false;
    bool json = false;
    std::size_t limit = 0; // 0: every path
@@ -25,8 +28,13 @@ struct ShowOptions {
 int runShow(ShowOptions const& options);
 
 struct MatchOptions {
+   // `_` stands for a delimiter: the start or end of the text, or a space.
    std::string regex;
    std::vector<std::string> files; // read one after the other
+   PathFilterOptions filter;
+   // Which lists the expression is tried on: "standard", "large",
+   // "extended", "ipv6"; empty: all four.
+   std::vector<std::string> kinds;
    bool json = false;
 };
 int runMatch(MatchOptions const& options);

@@ -15,6 +15,24 @@ namespace {
 // missing or invalid argument), as for most Unix tools.
 constexpr int usageErrorStatus = 2;
 
+// The options that choose the paths show and match look at.
+void addFilterOptions(CLI::App* command, QorBgpTools::PathFilterOptions& filter) {
+   command->add_option("--prefix", filter.prefix,
+                       "Only paths of this prefix, e.g. 192.0.2.0/24 or 2001:db8::/32");
+   command->add_flag("--more-specific", filter.moreSpecific,
+                     "With --prefix: also the prefixes inside it");
+   command->add_flag("--less-specific", filter.lessSpecific,
+                     "With --prefix: also the prefixes that cover it");
+   command->add_option("--peer", filter.peer, "Only paths from this peer address");
+   command->add_option("--peer-as", filter.peerAs, "Only paths from this peer AS");
+   command->add_option("--origin-as", filter.originAs,
+                       "Only paths originated by this AS (the last of the AS path)");
+   command->add_option("--since", filter.since,
+                       "Only paths from this time on: Unix seconds, or UTC as 2019-01-01 or "
+                       "2019-01-01T00:05:00Z");
+   command->add_option("--until", filter.until, "Only paths up to this time (included)");
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -40,19 +58,28 @@ int main(int argc, char** argv) {
    auto* showCommand =
       app.add_subcommand("show", "Print each path's community lists in their show text");
    showCommand->add_option("FILE", show.files, "MRT files, read one after the other (- for standard input)")->required();
-   showCommand->add_option("--prefix", show.prefix, "Only paths of this prefix, e.g. 192.0.2.0/24");
+   addFilterOptions(showCommand, show.filter);
    showCommand->add_flag("--asdot", show.asdot, "AS numbers of 65536 and above in asdot form");
    showCommand->add_flag("--json", show.json, "One JSON object per path, one per line");
    showCommand->add_option("--limit", show.limit, "Stop after this many paths (0: all)");
 
    MatchOptions match;
    auto* matchCommand = app.add_subcommand(
-      "match", "Print the paths whose standard, large or extended communities match a route-map "
-               "regular expression (POSIX extended syntax)");
-   matchCommand->add_option("REGEX", match.regex, "Route-map regular expression")->required();
+      "match", "Print the paths whose community lists match a route-map regular expression "
+               "(POSIX extended syntax); exit status 0 when a path matched, 1 when none did");
+   matchCommand
+      ->add_option("REGEX", match.regex,
+                   "Route-map regular expression; _ matches the start, the end or a space, "
+                   "e.g. _3356:666_")
+      ->required();
    matchCommand->add_option("FILE", match.files, "MRT files, read one after the other (- for standard input)")
       ->required();
    matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
+   matchCommand
+      ->add_option("--kind", match.kinds,
+                   "Only these lists (repeatable): standard, large, extended, ipv6; default all")
+      ->check(CLI::IsMember({"standard", "large", "extended", "ipv6"}));
+   addFilterOptions(matchCommand, match.filter);
 
    DecodeOptions decode;
    auto* decodeCommand = app.add_subcommand(

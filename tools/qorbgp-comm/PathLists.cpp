@@ -85,4 +85,31 @@ std::string ip6Text(ExtCommIp6List const* list) {
                : std::string();
 }
 
+std::string kindLabel(ExtCommClassification kind) {
+   switch (kind) {
+   case extCommClassificationRouteTarget: return "route target";
+   case extCommClassificationRouteOrigin: return "route origin";
+   case extCommClassificationEvpn: return "EVPN";
+   case extCommClassificationTunnelEncap: return "tunnel encapsulation";
+   case extCommClassificationDefaultGateway: return "default gateway";
+   case extCommClassificationFlowspec: return "flowspec";
+   case extCommClassificationLinkBandwidth: return "link bandwidth";
+   case extCommClassificationColor: return "color";
+   case extCommClassificationOriginValidationState: return "origin validation state";
+   default: return "other";
+   }
+}
+
+std::string statusLabel(CommunityDecodeStatus status) {
+   switch (status) {
+   case communityDecodeOk: return "ok";
+   case communityDecodeMalformed: return "malformed";
+   default: return "not a community attribute";
+   }
+}
+
+std::string actionLabel(BgpAttrErrorAction action) {
+   return action == treatAsWithdraw ? "treat-as-withdraw" : "none";
+}
+
 } // namespace QorBgpTools

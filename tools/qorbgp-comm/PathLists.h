@@ -33,4 +33,11 @@ std::string ip6Text(Routing::Bgp::ExtCommIp6List const* list);
 // One IPv6-address-specific value in the show text ip6Text joins.
 std::string ip6ValueText(Routing::Bgp::ExtCommIp6 const& comm);
 
+// Readable labels for the tool's own reports, where the library has only
+// enumerator names: "route target", "link bandwidth", ...; "ok", "malformed",
+// "not a community attribute"; "none", "treat-as-withdraw".
+std::string kindLabel(Routing::Bgp::ExtCommClassification kind);
+std::string statusLabel(Routing::Bgp::CommunityDecodeStatus status);
+std::string actionLabel(Routing::Bgp::BgpAttrErrorAction action);
+
 } // namespace QorBgpTools

@@ -2,13 +2,17 @@
 // them or those a route-map regular expression matches.
 #include "Commands.h"
 #include "PathLists.h"
+#include "Progress.h"
 #include "ReadProblems.h"
+
+#include "tools/mrt/AsPath.h"
 
 #include "QorBgpCommunity/platform/Errors.h"
 #include "QorBgpCommunity/platform/PosixRegex.h"
 
 #include <nlohmann/json.hpp>
 
+#include <ctime>
 #include <iostream>
 
 namespace QorBgpTools {
@@ -17,10 +21,33 @@ using namespace Routing::Bgp;
 
 namespace {
 
-nlohmann::json pathJson(mrt::Path const& path, PathLists const& lists, bool asdot) {
-   nlohmann::json out{{"prefix", path.prefix}, {"peer", path.peerAddress}, {"peerAs", path.peerAs}};
+std::string utcText(U32 seconds) {
+   std::time_t const t = seconds;
+   std::tm tm{};
+   ::gmtime_r(&t, &tm);
+   char text[32];
+   std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &tm);
+   return text;
+}
+
+nlohmann::ordered_json pathJson(mrt::Path const& path, PathLists const& lists, bool asdot) {
+   nlohmann::ordered_json out{{"timestamp", path.timestamp},
+                      {"time", utcText(path.timestamp)},
+                      {"recordType", mrt::recordTypeName(path.recordType)},
+                      {"family", mrt::familyName(path.afi, path.safi)},
+                      {"prefix", path.prefix},
+                      {"peer", path.peerAddress},
+                      {"peerAs", path.peerAs}};
    if (path.pathId) {
       out["pathId"] = *path.pathId;
+   }
+   if (auto asPath = mrt::AsPath::of(path)) {
+      out["asPath"] = asPath->text();
+      if (auto origin = asPath->origin()) {
+         out["originAs"] = *origin;
+      }
+   } else {
+      out["asPath"] = nullptr; // malformed
    }
    if (lists.standard) {
       nlohmann::json values = nlohmann::json::array();
@@ -79,74 +106,133 @@ void printPath(mrt::Path const& path, PathLists const& lists, bool asdot) {
    }
 }
 
-// Runs `visit(path, lists)` for every path of `files`, one file after the
-// other, until it returns false. The exit status: 0, or 1 when a file could
-// not be opened or was not read whole up to there (each problem is reported
-// on standard error, and the other files are still read).
+// Runs `visit(path, lists)` for every path of `files` that `filter`
+// accepts, one file after the other, until it returns false. True when every
+// file was opened and read whole up to there; each problem is reported on
+// standard error, and the other files are still read.
 template <class Visit>
-int forEachPath(std::vector<std::string> const& files, char const* command, Visit visit) {
+bool forEachPath(std::vector<std::string> const& files, char const* command,
+                 PathFilter const& filter, Visit visit) {
    auto tables = communityTablesFactory();
-   int status = 0;
+   bool whole = true;
    for (std::string const& file : files) {
       std::string error;
       auto reader = mrt::MrtReader::open(file, &error);
       if (!reader) {
          std::cerr << "qorbgp-comm " << command << ": " << error << '\n';
-         status = 1;
+         whole = false;
          continue;
       }
+      Progress progress(file, reader->fileSize(), true);
       mrt::Path path;
       bool more = true;
+      U64 paths = 0;
       while (more && reader->next(path)) {
-         more = visit(path, decodePathLists(*tables, path));
+         if ((++paths & 0xffff) == 0) {
+            progress.update(reader->bytesConsumed(), paths);
+         }
+         if (filter.accepts(path)) {
+            more = visit(path, decodePathLists(*tables, path));
+         }
       }
-      if (!reportReadProblems(command, file, reader->report())) {
-         status = 1;
-      }
+      whole = reportReadProblems(command, file, reader->report()) && whole;
       if (!more) {
          break;
       }
    }
-   return status;
+   return whole;
+}
+
+std::optional<PathFilter> makeFilter(PathFilterOptions const& options, char const* command) {
+   std::string error;
+   auto filter = PathFilter::make(options, &error);
+   if (!filter) {
+      std::cerr << "qorbgp-comm " << command << ": " << error << '\n';
+   }
+   return filter;
+}
+
+// Each `_` that is not escaped and not in a bracket expression becomes
+// "(^|$| )": the start, the end, or the space between two communities.
+std::string expandDelimiters(std::string_view regex) {
+   std::string out;
+   bool inBracket = false;
+   for (std::size_t i = 0; i < regex.size(); ++i) {
+      char const c = regex[i];
+      if (c == '\\' && i + 1 < regex.size()) {
+         out.append(regex.substr(i, 2));
+         ++i;
+      } else if (inBracket) {
+         // "[]...]" and "[^]...]" hold a literal ']' first.
+         bool const first = regex[i - 1] == '[' || (regex[i - 1] == '^' && regex[i - 2] == '[');
+         inBracket = c != ']' || first;
+         out.push_back(c);
+      } else if (c == '[') {
+         inBracket = true;
+         out.push_back(c);
+      } else {
+         out += c == '_' ? std::string("(^|$| )") : std::string(1, c);
+      }
+   }
+   return out;
 }
 
 } // namespace
 
 int runShow(ShowOptions const& options) {
+   auto filter = makeFilter(options.filter, "show");
+   if (!filter) {
+      return 2;
+   }
    std::size_t shown = 0;
-   return forEachPath(options.files, "show", [&](mrt::Path const& path, PathLists const& lists) {
-      if (!options.prefix.empty() && path.prefix != options.prefix) {
-         return true;
-      }
-      if (options.json) {
-         std::cout << pathJson(path, lists, options.asdot).dump() << '\n';
-      } else {
-         printPath(path, lists, options.asdot);
-      }
-      return options.limit == 0 || ++shown < options.limit;
-   });
+   bool const whole =
+      forEachPath(options.files, "show", *filter, [&](mrt::Path const& path, PathLists const& lists) {
+         if (options.json) {
+            std::cout << pathJson(path, lists, options.asdot).dump() << '\n';
+         } else {
+            printPath(path, lists, options.asdot);
+         }
+         return options.limit == 0 || ++shown < options.limit;
+      });
+   return whole ? 0 : 1;
 }
 
 int runMatch(MatchOptions const& options) {
-   auto compiled = Routing::RouteMap::PosixRegex::compile(options.regex);
+   auto filter = makeFilter(options.filter, "match");
+   if (!filter) {
+      return 2;
+   }
+   auto compiled = Routing::RouteMap::PosixRegex::compile(expandDelimiters(options.regex));
    if (!compiled) {
       std::cerr << "qorbgp-comm match: " << compiled.error << '\n';
       return 2;
    }
+   auto wanted = [&](char const* kind) {
+      return options.kinds.empty() ||
+             std::find(options.kinds.begin(), options.kinds.end(), kind) != options.kinds.end();
+   };
+   bool const standard = wanted("standard"), large = wanted("large"),
+              extended = wanted("extended"), ip6 = wanted("ipv6");
    Routing::RouteMap::PosixRegex const* regex = compiled.regex.get();
-   return forEachPath(options.files, "match", [&](mrt::Path const& path, PathLists const& lists) {
-      bool const matched = (lists.standard && lists.standard->matchCommunitiesRegex(regex)) ||
-                           (lists.large && lists.large->matchCommunitiesRegex(regex)) ||
-                           (lists.extended && lists.extended->matchCommunitiesRegex(regex));
-      if (matched) {
-         if (options.json) {
-            std::cout << pathJson(path, lists, false).dump() << '\n';
-         } else {
-            printPath(path, lists, false);
+   U64 matches = 0;
+   bool const whole =
+      forEachPath(options.files, "match", *filter, [&](mrt::Path const& path, PathLists const& lists) {
+         bool const matched =
+            (standard && lists.standard && lists.standard->matchCommunitiesRegex(regex)) ||
+            (large && lists.large && lists.large->matchCommunitiesRegex(regex)) ||
+            (extended && lists.extended && lists.extended->matchCommunitiesRegex(regex)) ||
+            (ip6 && lists.ip6 && regex->execute(ip6Text(lists.ip6.get()).c_str()) == 0);
+         if (matched) {
+            ++matches;
+            if (options.json) {
+               std::cout << pathJson(path, lists, false).dump() << '\n';
+            } else {
+               printPath(path, lists, false);
+            }
          }
-      }
-      return true;
-   });
+         return true;
+      });
+   return !whole ? 2 : matches > 0 ? 0 : 1;
 }
 
 } // namespace QorBgpTools

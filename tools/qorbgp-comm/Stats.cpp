@@ -215,7 +215,7 @@ int runStats(StatsOptions const& options) {
    std::map<std::string, U64> extendedByKind;
    for (auto const& [list, n] : totals.extended.occurrences) {
       for (ExtComm::PtrConst const& comm : *list->commVectorRawPtr()) {
-         extendedByKind[stringValue(comm->classification())] += n;
+         extendedByKind[kindLabel(comm->classification())] += n;
       }
    }
    std::size_t distinctStandardValues = standardUse.size();

@@ -58,18 +58,24 @@ Sample writeSample(MrtWriter& w) {
    const Attribute mpReach{0x80, 14, Body().u16(2).u8(1).u8(16)
       .raw({0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9}).u8(0)
       .u32(42).u8(48).raw({0x20, 0x01, 0x0d, 0xb8, 0, 1}).bytes};
+   // Record type, AFI, SAFI and AS number size where they differ from
+   // TABLE_DUMP_V2, IPv4 unicast, 4 octets.
+   auto from = [](Path p, U16 type, U16 afi, U8 safi, bool as4) {
+      std::tie(p.recordType, p.afi, p.safi, p.fourOctetAs) = std::tuple(type, afi, safi, as4);
+      return p;
+   };
    s.paths = {
       path(900, 0, "198.51.100.0/24", {}, {kOrigin, kCommunities}),
       path(901, 1, "198.51.100.0/24", {}, {kOrigin, kLongLargeRead}),
-      path(902, 1, "2001:db8:100::/40", 7, {kExtCommunities}),
-      path(903, 0, "2001:db8:100::/40", 8, {kCommunities}),
+      from(path(902, 1, "2001:db8:100::/40", 7, {kExtCommunities}), 13, 2, 1, true),
+      from(path(903, 0, "2001:db8:100::/40", 8, {kCommunities}), 13, 2, 1, true),
       path(904, 0, "203.0.113.0/24", {}, {kCommunities}),
-      path(906, 1, "65000:1:10.1.0.0/24", 77, {kExtCommunities}),
-      {2000, "192.0.2.9", 64501, "192.0.2.0/25", {}, {kOrigin, kCommunities}},
-      {2000, "192.0.2.9", 64501, "192.0.2.128/25", {}, {kOrigin, kCommunities}},
-      {2001, "2001:db8::9", 4200000001, "10.9.0.0/16", 42, {kOrigin, kLongLargeRead, mpReach}},
-      {2001, "2001:db8::9", 4200000001, "2001:db8:1::/48", 42, {kOrigin, kLongLargeRead, mpReach}},
-      path(905, 0, "192.0.2.0/24", {}, {kCommunities}),
+      from(path(906, 1, "65000:1:10.1.0.0/24", 77, {kExtCommunities}), 13, 1, 128, true),
+      {2000, "192.0.2.9", 64501, "192.0.2.0/25", {}, {kOrigin, kCommunities}, 16, 1, 1, false},
+      {2000, "192.0.2.9", 64501, "192.0.2.128/25", {}, {kOrigin, kCommunities}, 16, 1, 1, false},
+      {2001, "2001:db8::9", 4200000001, "10.9.0.0/16", 42, {kOrigin, kLongLargeRead, mpReach}, 17},
+      {2001, "2001:db8::9", 4200000001, "2001:db8:1::/48", 42, {kOrigin, kLongLargeRead, mpReach}, 17, 2},
+      from(path(905, 0, "192.0.2.0/24", {}, {kCommunities}), 12, 1, 1, false),
    };
    return s;
 }
@@ -180,7 +186,7 @@ TEST_F(MrtReaderTest, AddPathNlriUnderPlainSubtypeIsRecognised) {
    // clang-format on
    ASSERT_TRUE(w->close(nullptr));
    auto paths = readAll("addpath");
-   EXPECT_EQ(paths, (std::vector<Path>{{7, "192.0.2.1", 1, "172.17.0.0/24", 2, {}}}));
+   EXPECT_EQ(paths, (std::vector<Path>{{7, "192.0.2.1", 1, "172.17.0.0/24", 2, {}, 16}}));
 }
 
 TEST_F(MrtReaderTest, CutOffHeaderEndsTheFile) {
@@ -197,6 +203,27 @@ TEST_F(MrtReaderTest, CutOffHeaderEndsTheFile) {
    ASSERT_EQ(report.problems.size(), 1u);
    EXPECT_EQ(report.problems[0].offset, offset);
    EXPECT_EQ(report.problems[0].text, "record header cut off after 5 of 12 bytes");
+}
+
+TEST_F(MrtReaderTest, EvpnAndFlowspecRoutesAreGivenInHex) {
+   const Attribute evpn{0x80, 14, Body().u16(25).u8(70).u8(4).raw({192, 0, 2, 1}).u8(0)
+                                     .u8(3).u8(4).raw({0xde, 0xad, 0xbe, 0xef}).bytes};
+   const Attribute flowspec{0x80, 14, Body().u16(1).u8(133).u8(0).u8(0)
+                                         .u8(5).raw({1, 24, 192, 0, 2}).bytes};
+   auto w = create("families");
+   for (Attribute const& reach : {evpn, flowspec}) {
+      w->bgp4mpUpdate({.timestamp = 9, .peerAs = 1, .localAs = 2, .peerAddress = "192.0.2.9",
+                       .localAddress = "192.0.2.10", .attributes = {reach}});
+   }
+   ASSERT_TRUE(w->close(nullptr));
+   Report report;
+   auto paths = readAll("families", &report);
+   EXPECT_TRUE(report.problems.empty());
+   ASSERT_EQ(paths.size(), 2u);
+   EXPECT_EQ(paths[0].prefix, "evpn:3:deadbeef");
+   EXPECT_EQ(std::tuple(paths[0].afi, paths[0].safi), std::tuple(25, 70));
+   EXPECT_EQ(paths[1].prefix, "flowspec:0118c00002");
+   EXPECT_EQ(std::tuple(paths[1].afi, paths[1].safi), std::tuple(1, 133));
 }
 
 } // namespace
