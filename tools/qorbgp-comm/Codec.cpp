@@ -21,8 +21,8 @@ constexpr U8 extendedLengthFlag = 0x10;
 constexpr int usageErrorStatus = 2;
 
 int badWord(std::string_view word, std::string const& kind) {
-   std::cerr << "qorbgp-comm encode: not " << (kind == "extended" || kind == "ipv6" ? "an " : "a ") << kind
-             << " community: '" << word << "'\n";
+   std::cerr << "qorbgp-comm encode: not " << (kind == "extended" || kind == "ipv6" ? "an " : "a ")
+             << kind << " community: '" << word << "'\n";
    return usageErrorStatus;
 }
 
@@ -63,8 +63,8 @@ int runDecode(DecodeOptions const& options) {
       std::cerr << "qorbgp-comm decode: the attribute header is cut short\n";
       return 1;
    }
-   std::size_t const length = (flags & extendedLengthFlag) ? ((*bytes)[2] << 8 | (*bytes)[3])
-                                                           : (*bytes)[2];
+   std::size_t const length =
+      (flags & extendedLengthFlag) ? ((*bytes)[2] << 8 | (*bytes)[3]) : (*bytes)[2];
    if (bytes->size() - headerSize != length) {
       std::cerr << "qorbgp-comm decode: the header announces " << length << " value bytes, "
                 << bytes->size() - headerSize << " follow\n";

@@ -48,7 +48,7 @@ std::optional<U64> hexadecimal(std::string_view text, std::size_t digits) {
 
 // The text before and after the first `separator`.
 std::optional<std::pair<std::string_view, std::string_view>> splitAt(std::string_view text,
-                                                                      char separator) {
+                                                                     char separator) {
    auto at = text.find(separator);
    if (at == std::string_view::npos) {
       return std::nullopt;
@@ -191,8 +191,9 @@ std::optional<float> bandwidth(std::string_view text) {
    double number = 0;
    float weighted = 0;
    auto const* end = text.data() + text.size();
-   auto [at, ec] = scale != 0 ? std::from_chars(text.data(), end, number, std::chars_format::fixed)
-                              : std::from_chars(text.data(), end, weighted, std::chars_format::fixed);
+   auto [at, ec] = scale != 0
+                      ? std::from_chars(text.data(), end, number, std::chars_format::fixed)
+                      : std::from_chars(text.data(), end, weighted, std::chars_format::fixed);
    if (ec != std::errc() || at != end) {
       return std::nullopt;
    }
@@ -220,15 +221,16 @@ std::optional<U64> readLinkBandwidth(ExtendedForm const& form, std::string_view 
    auto parts = splitAt(rest, ':');
    auto as = parts ? asNumber(parts->first, false) : std::nullopt;
    auto bytes = parts ? bandwidth(parts->second) : std::nullopt;
-   return as && bytes ? std::optional<U64>(form.word | U64{*as} << 32 |
-                                           std::bit_cast<U32>(*bytes))
+   return as && bytes ? std::optional<U64>(form.word | U64{*as} << 32 | std::bit_cast<U32>(*bytes))
                       : std::nullopt;
 }
 
 // "bb):<colour>", after "Color:CO(": the two colour-only bits (47 and 46).
 std::optional<U64> readColor(ExtendedForm const& form, std::string_view rest) {
    constexpr unsigned colorOnlyShift = 46;
-   auto bit = [](char c) { return c == '0' || c == '1' ? std::optional<U64>(c - '0') : std::nullopt; };
+   auto bit = [](char c) {
+      return c == '0' || c == '1' ? std::optional<U64>(c - '0') : std::nullopt;
+   };
    if (rest.size() < 4 || rest.substr(2, 2) != "):") {
       return std::nullopt;
    }
@@ -262,8 +264,8 @@ std::optional<U64> readTunnelType(ExtendedForm const& form, std::string_view res
       }
    }
    constexpr std::string_view unknown = "tunnelTypeUnknown-";
-   auto number = rest.starts_with(unknown) ? decimal(rest.substr(unknown.size()), twoOctetMax)
-                                           : std::nullopt;
+   auto number =
+      rest.starts_with(unknown) ? decimal(rest.substr(unknown.size()), twoOctetMax) : std::nullopt;
    return number ? std::optional<U64>(form.word | *number) : std::nullopt;
 }
 
@@ -296,8 +298,8 @@ std::optional<U64> readGeneric(ExtendedForm const&, std::string_view rest) {
       return std::nullopt;
    }
    auto [type, subtype] = *octets;
-   auto value = rest.starts_with(octetPrefix) ? valueOctetsText(rest)
-                                              : adminPair(rest, adminLayoutOf(type));
+   auto value =
+      rest.starts_with(octetPrefix) ? valueOctetsText(rest) : adminPair(rest, adminLayoutOf(type));
    return value ? std::optional<U64>(typeWord(type, subtype) | *value) : std::nullopt;
 }
 
@@ -399,7 +401,7 @@ std::optional<Acl::CommunityValue> parseLargeCommunity(std::string_view word) {
    auto data1 = decimal(second->first, fourOctetMax);
    auto data2 = decimal(second->second, fourOctetMax);
    return global && data1 && data2 ? std::optional<Acl::CommunityValue>({*global, *data1, *data2})
-                                    : std::nullopt;
+                                   : std::nullopt;
 }
 
 std::optional<U64> parseExtendedCommunity(std::string_view word) {
@@ -419,10 +421,10 @@ std::optional<ExtCommIp6Content> parseIp6Community(std::string_view word) {
    }
    auto address = Qornet::Ip6Addr::parse(word.substr(0, colon));
    auto local = decimal(word.substr(colon + 1), twoOctetMax);
-   return address && local ? std::optional<ExtCommIp6Content>(
-                                std::in_place, octets->first, octets->second, *address,
-                                static_cast<U16>(*local))
-                           : std::nullopt;
+   return address && local
+             ? std::optional<ExtCommIp6Content>(std::in_place, octets->first, octets->second,
+                                                *address, static_cast<U16>(*local))
+             : std::nullopt;
 }
 
 namespace {
@@ -470,7 +472,8 @@ EncodedCommunities encodeCommunityText(CommunityTables const& tables, CommunityK
    case CommunityKind::extended: {
       ExtCommList::Ptr list = extCommListFactory();
       out.badWord = addWords(text, parseExtendedCommunity, [&](U64 word) {
-         list->commIs(ExtComm::dedupContent(tables.extCommDedupTable().get(), ExtCommContent(word)));
+         list->commIs(
+            ExtComm::dedupContent(tables.extCommDedupTable().get(), ExtCommContent(word)));
       });
       if (out.badWord.empty()) {
          out.attribute = list->dedup(tables.extCommListDedupTable().get())
