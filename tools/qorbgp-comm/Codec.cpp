@@ -1,13 +1,12 @@
 // decode and encode: one community attribute between wire hex and text.
 #include "Commands.h"
+#include "CommunityText.h"
 #include "PathLists.h"
 
 #include "QorBgpCommunity/QorBgp/BgpPathAttributeEnums.h"
-#include "QorBgpCommunity/platform/RouteTarget.h"
 
 #include <nlohmann/json.hpp>
 
-#include <charconv>
 #include <iostream>
 #include <sstream>
 
@@ -18,126 +17,35 @@ using namespace Routing::Bgp;
 namespace {
 
 constexpr U8 extendedLengthFlag = 0x10;
-
-std::optional<U32> number(std::string_view text, U32 max) {
-   U32 value = 0;
-   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-   if (text.empty() || ec != std::errc() || end != text.data() + text.size() || value > max) {
-      return std::nullopt;
-   }
-   return value;
-}
-
-std::vector<std::string_view> words(std::string_view text) {
-   std::vector<std::string_view> out;
-   while (!text.empty()) {
-      auto start = text.find_first_not_of(" \t,");
-      if (start == std::string_view::npos) {
-         break;
-      }
-      text.remove_prefix(start);
-      auto end = text.find_first_of(" \t,");
-      out.push_back(text.substr(0, end));
-      text = end == std::string_view::npos ? std::string_view() : text.substr(end);
-   }
-   return out;
-}
-
-std::optional<U32> standardValue(std::string_view word) {
-   for (U32 known : {0u, 0xFFFF0000u, 0xFFFF0006u, 0xFFFF0007u, 0xFFFFFF01u, 0xFFFFFF02u,
-                     0xFFFFFF03u}) {
-      if (!CommList::wellKnownName(known).empty() && CommList::wellKnownName(known) == word) {
-         return known;
-      }
-   }
-   auto colon = word.find(':');
-   if (colon == std::string_view::npos) {
-      return std::nullopt;
-   }
-   auto high = number(word.substr(0, colon), 0xFFFF);
-   auto low = number(word.substr(colon + 1), 0xFFFF);
-   return high && low ? std::optional<U32>(*high << 16 | *low) : std::nullopt;
-}
-
-std::optional<Acl::CommunityValue> largeValue(std::string_view word) {
-   auto first = word.find(':');
-   auto second = first == std::string_view::npos ? first : word.find(':', first + 1);
-   if (second == std::string_view::npos) {
-      return std::nullopt;
-   }
-   auto a = number(word.substr(0, first), 0xFFFFFFFF);
-   auto b = number(word.substr(first + 1, second - first - 1), 0xFFFFFFFF);
-   auto c = number(word.substr(second + 1), 0xFFFFFFFF);
-   return a && b && c ? std::optional<Acl::CommunityValue>({*a, *b, *c}) : std::nullopt;
-}
-
-// "RT:<route target>", "SoO:<route target>" or "0x" and 16 hex digits.
-std::optional<U64> extendedWord(std::string_view word) {
-   constexpr U64 subtypeMask = 0x00ff000000000000ull;
-   constexpr U64 routeOriginSubtype = 0x0003000000000000ull;
-   for (auto [prefix, origin] : {std::pair{"RT:", false}, std::pair{"SoO:", true}}) {
-      std::string_view p(prefix);
-      if (word.starts_with(p)) {
-         auto rt = RouteTarget::parse(word.substr(p.size()));
-         if (!rt) {
-            return std::nullopt;
-         }
-         return origin ? (rt->word() & ~subtypeMask) | routeOriginSubtype : rt->word();
-      }
-   }
-   if (word.starts_with("0x") && word.size() == 18) {
-      U64 value = 0;
-      auto [end, ec] = std::from_chars(word.data() + 2, word.data() + word.size(), value, 16);
-      if (ec == std::errc() && end == word.data() + word.size()) {
-         return value;
-      }
-   }
-   return std::nullopt;
-}
+// Text that gives no community is a mistake on the command line.
+constexpr int usageErrorStatus = 2;
 
 int badWord(std::string_view word, std::string const& kind) {
-   std::cerr << "qorbgp-comm encode: not a " << kind << " community: '" << word << "'\n";
-   return 2;
+   std::cerr << "qorbgp-comm encode: not " << (kind == "extended" || kind == "ipv6" ? "an " : "a ")
+             << kind << " community: '" << word << "'\n";
+   return usageErrorStatus;
 }
 
 } // namespace
 
 int runEncode(EncodeOptions const& options) {
-   auto tables = communityTablesFactory();
-   std::string wire;
-   if (options.kind == "standard") {
-      CommList::Ptr list = commListFactory();
-      for (auto word : words(options.text)) {
-         auto value = standardValue(word);
-         if (!value) {
-            return badWord(word, options.kind);
-         }
-         list->commIs(*value);
-      }
-      wire = list->dedup(tables->commListDedupTable().get())->serialize();
-   } else if (options.kind == "large") {
-      LargeCommList::Ptr list = largeCommListFactory();
-      for (auto word : words(options.text)) {
-         auto value = largeValue(word);
-         if (!value) {
-            return badWord(word, options.kind);
-         }
-         list->commIs(*value);
-      }
-      wire = list->dedup(tables->largeCommListDedupTable().get())->serialize();
-   } else {
-      ExtCommList::Ptr list = extCommListFactory();
-      for (auto word : words(options.text)) {
-         auto value = extendedWord(word);
-         if (!value) {
-            return badWord(word, options.kind);
-         }
-         list->commIs(ExtComm::dedupContent(tables->extCommDedupTable().get(), ExtCommContent(*value)));
-      }
-      wire = list->dedup(tables->extCommListDedupTable().get())
-                ->serialize(ExtCommList::serialization(true, false, false));
+   auto const kind = communityKindNamed(options.kind);
+   if (!kind) {
+      std::cerr << "qorbgp-comm encode: no such kind of community: '" << options.kind << "'\n";
+      return usageErrorStatus;
    }
-   std::cout << hexBytes({reinterpret_cast<U8 const*>(wire.data()), wire.size()}) << '\n';
+   if (communityWords(options.text).empty()) {
+      std::cerr << "qorbgp-comm encode: no communities given\n";
+      return usageErrorStatus;
+   }
+   auto tables = communityTablesFactory();
+   EncodedCommunities const encoded = encodeCommunityText(*tables, *kind, options.text);
+   if (!encoded.badWord.empty()) {
+      return badWord(encoded.badWord, options.kind);
+   }
+   std::cout << hexBytes({reinterpret_cast<U8 const*>(encoded.attribute.data()),
+                          encoded.attribute.size()})
+             << '\n';
    return 0;
 }
 
@@ -155,8 +63,8 @@ int runDecode(DecodeOptions const& options) {
       std::cerr << "qorbgp-comm decode: the attribute header is cut short\n";
       return 1;
    }
-   std::size_t const length = (flags & extendedLengthFlag) ? ((*bytes)[2] << 8 | (*bytes)[3])
-                                                           : (*bytes)[2];
+   std::size_t const length =
+      (flags & extendedLengthFlag) ? ((*bytes)[2] << 8 | (*bytes)[3]) : (*bytes)[2];
    if (bytes->size() - headerSize != length) {
       std::cerr << "qorbgp-comm decode: the header announces " << length << " value bytes, "
                 << bytes->size() - headerSize << " follow\n";

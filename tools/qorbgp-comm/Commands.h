@@ -47,7 +47,7 @@ struct DecodeOptions {
 int runDecode(DecodeOptions const& options);
 
 struct EncodeOptions {
-   std::string kind; // standard, large, extended
+   std::string kind; // standard, large, extended, ipv6
    std::string text;
 };
 int runEncode(EncodeOptions const& options);

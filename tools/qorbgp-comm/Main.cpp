@@ -92,12 +92,14 @@ int main(int argc, char** argv) {
    auto* encodeCommand =
       app.add_subcommand("encode", "Encode communities given as text into their attribute, in hex");
    encodeCommand->add_option("TEXT", encode.text,
-                             "standard: \"65000:100 no-export\"; large: \"65000:1:2\"; extended: "
-                             "\"RT:65000:100 SoO:192.0.2.1:5 0x030b000000000064\"")
+                             "Any text decode and show print, e.g. standard: \"65000:100 no-export\"; "
+                             "large: \"65000:1:2\"; extended: \"Route-Target-AS:65000:100 "
+                             "Color:CO(00):100\" (or RT:65000:100 SoO:192.0.2.1:5 "
+                             "0x030b000000000064); ipv6: \"0002-IP6:2001:db8::1:100\"")
       ->required();
-   encodeCommand->add_option("--kind", encode.kind, "standard, large or extended")
+   encodeCommand->add_option("--kind", encode.kind, "standard, large, extended or ipv6")
       ->default_str("standard")
-      ->check(CLI::IsMember({"standard", "large", "extended"}));
+      ->check(CLI::IsMember({"standard", "large", "extended", "ipv6"}));
 
    SynthOptions synth;
    auto* synthCommand = app.add_subcommand(
