@@ -76,7 +76,8 @@ std::optional<AsPath> AsPath::of(Path const& path) {
    if (Attribute const* as4Path = path.fourOctetAs ? nullptr : path.attribute(kAttrAs4Path)) {
       auto as4 = decode(as4Path->value, true);
       if (as4 && length(*as4) <= length(*main)) {
-         return AsPath(merged(*main, length(*main) - length(*as4), std::move(*as4)));
+         std::size_t const keep = length(*main) - length(*as4);
+         return AsPath(merged(*main, keep, std::move(*as4)));
       }
    }
    return AsPath(std::move(*main));

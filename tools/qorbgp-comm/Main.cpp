@@ -47,7 +47,9 @@ int main(int argc, char** argv) {
                "memory, the top communities and malformed attributes");
    statsCommand->add_option("FILE", stats.files, "MRT files (plain, gzip, bzip2, xz or zstd; - for standard input)")->required();
    statsCommand->add_flag("--json", stats.json, "Machine-readable output");
-   statsCommand->add_option("--top", stats.top, "How many top communities to list")->capture_default_str();
+   statsCommand->add_option("--top", stats.top, "How many top communities to list")
+      ->capture_default_str()
+      ->check(CLI::Range(0u, 1000000u));
    statsCommand
       ->add_option("--threads", stats.threads,
                    "Files read at once, each on its own thread, into shared tables (default: one "
@@ -61,7 +63,8 @@ int main(int argc, char** argv) {
    addFilterOptions(showCommand, show.filter);
    showCommand->add_flag("--asdot", show.asdot, "AS numbers of 65536 and above in asdot form");
    showCommand->add_flag("--json", show.json, "One JSON object per path, one per line");
-   showCommand->add_option("--limit", show.limit, "Stop after this many paths (0: all)");
+   showCommand->add_option("--limit", show.limit, "Stop after this many paths (0: all)")
+      ->check(CLI::NonNegativeNumber);
 
    MatchOptions match;
    auto* matchCommand = app.add_subcommand(
@@ -106,10 +109,17 @@ int main(int argc, char** argv) {
       "synth", "Write a synthetic MRT RIB dump: many paths sharing a few thousand distinct "
                "standard, large and extended community lists");
    synthCommand->add_option("FILE", synth.file, "Output file (.gz, .bz2, .xz or .zst to compress)")->required();
-   synthCommand->add_option("--paths", synth.paths, "Number of paths")->capture_default_str();
+   // The limits keep every prefix in IPv4 unicast space and every peer index
+   // in its 16 bits; negative numbers fall outside them too.
+   synthCommand->add_option("--paths", synth.paths, "Number of paths")
+      ->capture_default_str()
+      ->check(CLI::Range(1ul, 50000000ul));
    synthCommand->add_option("--lists", synth.lists, "Distinct community lists per kind")
-      ->capture_default_str();
-   synthCommand->add_option("--peers", synth.peers, "Number of peers")->capture_default_str();
+      ->capture_default_str()
+      ->check(CLI::Range(1u, 1000000u));
+   synthCommand->add_option("--peers", synth.peers, "Number of peers")
+      ->capture_default_str()
+      ->check(CLI::Range(1u, 65535u));
    synthCommand->add_option("--seed", synth.seed, "Random seed")->capture_default_str();
 
    // CLI11 would only say that a subcommand is required.

@@ -10,7 +10,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
@@ -45,6 +48,7 @@ struct KindCounter {
 
 struct Totals {
    U64 paths = 0;
+   std::map<std::pair<U16, U8>, U64> families; // paths by (AFI, SAFI)
    U64 malformed = 0;
    std::map<std::string, U64> malformedReasons;
    U64 skippedRecords = 0;
@@ -56,7 +60,33 @@ struct Totals {
    KindCounter<ExtCommIp6List> ip6;
 };
 
-std::size_t heapInUse() { return mallinfo2().uordblks; }
+// Bytes allocated from malloc's heaps and not freed, over every arena: each
+// reading thread allocates from an arena of its own, and mallinfo2 sees only
+// the main one. malloc_info's totals (its last entries) cover them all.
+std::size_t heapInUse() {
+   char* text = nullptr;
+   std::size_t size = 0;
+   std::FILE* out = ::open_memstream(&text, &size);
+   if (!out) {
+      return mallinfo2().uordblks;
+   }
+   ::malloc_info(0, out);
+   std::fclose(out);
+   std::string_view const xml(text, size);
+   auto total = [&](std::string_view tag) -> std::size_t {
+      std::size_t at = xml.rfind(tag);
+      at = at == std::string_view::npos ? at : xml.find("size=\"", at);
+      std::size_t value = 0;
+      if (at != std::string_view::npos) {
+         std::from_chars(xml.data() + at + 6, xml.data() + xml.size(), value);
+      }
+      return value;
+   };
+   std::size_t const obtained = total("<system type=\"current\"");
+   std::size_t const free = total("<total type=\"fast\"") + total("<total type=\"rest\"");
+   std::free(text);
+   return obtained - std::min(obtained, free);
+}
 
 template <class Map>
 auto topEntries(Map const& counts, unsigned top) {
@@ -77,6 +107,9 @@ std::string standardLabel(U32 value) {
 // What one reading thread gathers, added up over the threads at the end.
 void merge(Totals& into, Totals&& from) {
    into.paths += from.paths;
+   for (auto const& [family, n] : from.families) {
+      into.families[family] += n;
+   }
    into.malformed += from.malformed;
    for (auto& [reason, n] : from.malformedReasons) {
       into.malformedReasons[reason] += n;
@@ -149,6 +182,7 @@ int runStats(StatsOptions const& options) {
          mrt::Path path;
          while (reader->next(path)) {
             ++totals.paths;
+            ++totals.families[{path.afi, path.safi}];
             PathLists lists = decodePathLists(*tables, path);
             totals.standard.count(lists.standard);
             totals.large.count(lists.large);
@@ -251,6 +285,9 @@ int runStats(StatsOptions const& options) {
    if (options.json) {
       nlohmann::json out;
       out["paths"] = totals.paths;
+      for (auto const& [family, n] : totals.families) {
+         out["pathsByFamily"][mrt::familyName(family.first, family.second)] = n;
+      }
       out["seconds"] = seconds;
       out["threads"] = threads;
       for (Kind const& k : kinds) {
@@ -278,7 +315,12 @@ int runStats(StatsOptions const& options) {
    std::cout << std::fixed << std::setprecision(1);
    std::cout << "paths read        " << totals.paths << "  (" << seconds << " s, "
              << std::setprecision(0) << (seconds > 0 ? totals.paths / seconds : 0)
-             << " paths/s, " << threads << (threads == 1 ? " thread" : " threads") << ")\n\n"
+             << " paths/s, " << threads << (threads == 1 ? " thread" : " threads") << ")\n";
+   for (auto const& [family, n] : totals.families) {
+      std::cout << "  " << std::left << std::setw(16) << mrt::familyName(family.first, family.second)
+                << std::right << n << '\n';
+   }
+   std::cout << '\n'
              << std::setprecision(1);
    std::cout << std::left << std::setw(15) << "kind" << std::right << std::setw(12) << "attributes"
              << std::setw(16) << "distinct lists" << std::setw(17) << "distinct values"

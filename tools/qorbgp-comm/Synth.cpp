@@ -3,6 +3,7 @@
 // (a few lists on most paths, a long tail), standard, large and extended
 // communities all present.
 #include "Commands.h"
+#include "Progress.h"
 
 #include "tools/mrt/MrtWriter.h"
 
@@ -115,7 +116,11 @@ int runSynth(SynthOptions const& options) {
 
    unsigned const entriesPerPrefix = std::min(peerCount, 4u);
    unsigned long written = 0;
+   Progress progress(options.file, options.paths);
    for (U32 sequence = 0; written < options.paths; ++sequence) {
+      if ((sequence & 0x3fff) == 0) {
+         progress.update(written, written);
+      }
       U32 const net = 0x01000000 + (sequence << 8); // 1.0.0.0/24, 1.0.1.0/24, ...
       std::string const prefix = std::to_string(net >> 24) + "." + std::to_string((net >> 16) & 255) +
                                  "." + std::to_string((net >> 8) & 255) + ".0/24";

@@ -1,11 +1,14 @@
-// show on the inputs collectors serve (every compression, pipes, standard
-// input), and show --json on a path carrying all four community attributes.
+// show and match: the inputs collectors serve (every compression, pipes,
+// standard input), the JSON of a path carrying all four community
+// attributes, the path filters, and match's delimiter, kinds and status.
 #include "ToolTest.h"
 #include "tools/mrt/MrtWriter.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -83,6 +86,94 @@ TEST_F(QorBgpCommShow, InputThatIsNotMrtFailsByName) {
    Outcome const zip = run("stats " + path("rib.zip"));
    EXPECT_EQ(zip.status, 1);
    EXPECT_NE(zip.err.find("is compressed as zip, which is not supported"), std::string::npos);
+}
+
+// Four paths of two peers, a second apart, for the filters.
+class QorBgpCommFilters : public ToolTest {
+ protected:
+   void SetUp() override {
+      ToolTest::SetUp();
+      std::string error;
+      auto writer = mrt::MrtWriter::create(rib(), mrt::Compression::none, &error);
+      ASSERT_TRUE(writer) << error;
+      std::vector<mrt::Peer> const peers{{1, "192.0.2.2", 65001}, {2, "2001:db8::2", 65002}};
+      writer->peerIndexTable(0, 0, "", peers);
+      struct Route {
+         char const* prefix;
+         U16 peer;
+         std::vector<U8> asPath;
+         mrt::Attribute communities;
+      } const routes[] = {
+         {"192.0.2.0/24", 0, {2, 3, 0, 0, 0xfd, 0xe9, 0, 0, 0x0d, 0x1c, 0, 0, 0xfb, 0xf4},
+          {0xc0, 8, {0x0d, 0x1c, 0x02, 0x9a}}}, // 65001 3356 64500; 3356:666
+         {"192.0.2.128/25", 1, {2, 2, 0, 0, 0xfd, 0xea, 0, 0, 0xfb, 0xf5},
+          {0xc0, 32, {0, 0, 0x0d, 0x1c, 0, 0, 0x02, 0x9a, 0, 0, 0, 1}}}, // 65002 64501; 3356:666:1
+         {"192.0.0.0/16", 0, {2, 1, 0, 0, 0xfd, 0xe9, 1, 1, 0, 0, 0xfb, 0xf6},
+          {0xc0, 8, {0x0d, 0x1c, 0x1a, 0x04}}}, // 65001 {64502}; 3356:6660
+         {"2001:db8:1::/48", 1, {2, 1, 0, 0, 0xfb, 0xf4},
+          {0xc0, 16, {0x00, 0x02, 0x0d, 0x1c, 0x00, 0x00, 0x02, 0x9a}}}, // 64500; RT 3356:666
+      };
+      U32 time = 1700000000;
+      for (Route const& route : routes) {
+         std::vector<mrt::RibEntry> const entry{
+            {route.peer, time++, std::nullopt, {{0x40, 2, route.asPath}, route.communities}}};
+         writer->ribEntry(0, time, route.prefix, entry);
+      }
+      ASSERT_TRUE(writer->close(&error)) << error;
+   }
+   std::string rib() const { return path("rib.mrt"); }
+   // The prefixes of the paths `show` prints with these options, in order.
+   std::string shown(std::string const& options) const {
+      Outcome const outcome = run("show --json " + rib() + " " + options);
+      EXPECT_EQ(outcome.status, 0) << outcome.err;
+      std::string prefixes;
+      std::istringstream lines(outcome.out);
+      for (std::string line; std::getline(lines, line);) {
+         prefixes += (prefixes.empty() ? "" : " ") + nlohmann::json::parse(line)["prefix"].get<std::string>();
+      }
+      return prefixes;
+   }
+};
+
+TEST_F(QorBgpCommFilters, EachFilterPicksItsPaths) {
+   EXPECT_EQ(shown("--prefix 192.0.2.0/24"), "192.0.2.0/24");
+   EXPECT_EQ(shown("--prefix 2001:DB8:1:0::/48"), "2001:db8:1::/48");
+   EXPECT_EQ(shown("--prefix 192.0.2.0/24 --more-specific"), "192.0.2.0/24 192.0.2.128/25");
+   EXPECT_EQ(shown("--prefix 192.0.2.0/24 --less-specific"), "192.0.2.0/24 192.0.0.0/16");
+   EXPECT_EQ(shown("--prefix 10.0.0.0/8 --more-specific --less-specific"), "");
+   EXPECT_EQ(shown("--peer 2001:DB8:0::2"), "192.0.2.128/25 2001:db8:1::/48");
+   EXPECT_EQ(shown("--peer-as 65001"), "192.0.2.0/24 192.0.0.0/16");
+   EXPECT_EQ(shown("--origin-as 64500"), "192.0.2.0/24 2001:db8:1::/48");
+   EXPECT_EQ(shown("--origin-as 64502"), "192.0.0.0/16"); // a set of one
+   EXPECT_EQ(shown("--since 1700000001 --until 2023-11-14T22:13:22Z"),
+             "192.0.2.128/25 192.0.0.0/16");
+}
+
+TEST_F(QorBgpCommFilters, JsonCarriesWhereAndWhenEachPathCameFrom) {
+   Outcome const outcome = run("show --json --limit 1 " + rib());
+   nlohmann::json const first = nlohmann::json::parse(outcome.out);
+   EXPECT_EQ(first["timestamp"], 1700000000);
+   EXPECT_EQ(first["time"], "2023-11-14T22:13:20Z");
+   EXPECT_EQ(first["recordType"], "TABLE_DUMP_V2");
+   EXPECT_EQ(first["family"], "ipv4 unicast");
+   EXPECT_EQ(first["peer"], "192.0.2.2");
+   EXPECT_EQ(first["asPath"], "65001 3356 64500");
+   EXPECT_EQ(first["originAs"], 64500);
+}
+
+TEST_F(QorBgpCommFilters, MatchTakesDelimitersKindsAndAnswersAsGrep) {
+   auto matched = [&](std::string const& arguments) {
+      Outcome const outcome = run("match " + arguments + " " + rib());
+      return std::pair(outcome.status, static_cast<int>(std::count(outcome.out.begin(),
+                                                                    outcome.out.end(), '\n')) /
+                                          2); // a header line and one list line per path
+   };
+   EXPECT_EQ(matched("3356:666"), std::pair(0, 4)); // a part of every list's text
+   EXPECT_EQ(matched("_3356:666_"), std::pair(0, 2)); // standard, and "rt 3356:666"
+   EXPECT_EQ(matched("--kind large _3356:666:1_"), std::pair(0, 1));
+   EXPECT_EQ(matched("--kind large _3356:666_"), std::pair(1, 0));
+   EXPECT_EQ(matched("--kind extended 3356:666_"), std::pair(0, 1));
+   EXPECT_EQ(matched("'_65535:0_'"), std::pair(1, 0));
 }
 
 } // namespace
