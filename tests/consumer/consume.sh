@@ -32,4 +32,9 @@ cp "$work/shadow/platform/Types.h" "$work/shadow/QorBgp/QorBgpCommunity.h"
 # shellcheck disable=SC2046,SC2086
 "$cxx" -std=c++20 -fsyntax-only -I"$work/shadow" $(pkg-config --cflags QorBgpCommunity) \
    "$work/every-header.cpp"
+# The installed tool finds the library next to it; its manual page is there.
+if [ -e "$work/prefix/bin/qorbgp-comm" ]; then
+   "$work/prefix/bin/qorbgp-comm" --version >/dev/null
+   test -f "$work/prefix/share/man/man1/qorbgp-comm.1"
+fi
 echo "installed package: consumed through CMake and pkg-config; every header stands alone"

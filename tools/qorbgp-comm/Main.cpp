@@ -80,7 +80,10 @@ int main(int argc, char** argv) {
    matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
    matchCommand
       ->add_option("--kind", match.kinds,
-                   "Only these lists (repeatable): standard, large, extended, ipv6; default all")
+                   "Only these lists (repeatable, or comma-separated): standard, large, "
+                   "extended, ipv6; default all")
+      ->allow_extra_args(false) // one value per --kind: the REGEX may follow it
+      ->delimiter(',')
       ->check(CLI::IsMember({"standard", "large", "extended", "ipv6"}));
    addFilterOptions(matchCommand, match.filter);
 

@@ -169,9 +169,10 @@ TEST_F(QorBgpCommFilters, MatchTakesDelimitersKindsAndAnswersAsGrep) {
                                           2); // a header line and one list line per path
    };
    EXPECT_EQ(matched("3356:666"), std::pair(0, 4)); // a part of every list's text
-   EXPECT_EQ(matched("_3356:666_"), std::pair(0, 2)); // standard, and "rt 3356:666"
+   EXPECT_EQ(matched("_3356:666_"), std::pair(0, 2)); // standard, and the route target ("3356:666")
    EXPECT_EQ(matched("--kind large _3356:666:1_"), std::pair(0, 1));
    EXPECT_EQ(matched("--kind large _3356:666_"), std::pair(1, 0));
+   EXPECT_EQ(matched("--kind standard,large _3356:666_"), std::pair(0, 1));
    EXPECT_EQ(matched("--kind extended 3356:666_"), std::pair(0, 1));
    EXPECT_EQ(matched("'_65535:0_'"), std::pair(1, 0));
 }
