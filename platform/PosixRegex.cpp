@@ -19,6 +19,38 @@ std::string compileError(std::string_view pattern, std::string_view reason) {
    return error;
 }
 
+// Calls `visit(i)` for each character of `pattern` outside bracket
+// expressions that is not escaped, and `escaped(i)` for each backslash there
+// and the character it escapes (at i + 1); a backslash in a bracket
+// expression is an ordinary character.
+template <class Visit, class Escaped>
+void scanOutsideBrackets(std::string_view pattern, Visit visit, Escaped escaped) {
+   bool inBracket = false;
+   for (std::size_t i = 0; i < pattern.size(); ++i) {
+      char const c = pattern[i];
+      if (inBracket) {
+         // "[]...]" and "[^]...]" hold a literal ']' first.
+         bool const first = pattern[i - 1] == '[' || (pattern[i - 1] == '^' && pattern[i - 2] == '[');
+         inBracket = c != ']' || first;
+         visit(i, true);
+      } else if (c == '\\' && i + 1 < pattern.size()) {
+         escaped(i);
+         ++i;
+      } else {
+         inBracket = c == '[';
+         visit(i, false);
+      }
+   }
+}
+
+bool hasBackReference(std::string_view pattern) {
+   bool found = false;
+   scanOutsideBrackets(
+      pattern, [](std::size_t, bool) {},
+      [&](std::size_t i) { found = found || (pattern[i + 1] >= '1' && pattern[i + 1] <= '9'); });
+   return found;
+}
+
 } // namespace
 
 PosixRegex::PosixRegex(std::string_view pattern) : PosixRegex(pattern, nullptr) {}
@@ -27,6 +59,8 @@ PosixRegex::PosixRegex(std::string_view pattern, std::string* error) : pattern_(
    std::string reason;
    if (pattern_.find('\0') != std::string::npos) {
       reason = "pattern holds a NUL byte";
+   } else if (hasBackReference(pattern_)) {
+      reason = "back-references are not accepted";
    } else if (int const code = regcomp(&regex_, pattern_.c_str(), REG_EXTENDED | REG_NOSUB)) {
       std::size_t const size = regerror(code, &regex_, nullptr, 0);
       reason.resize(size);
@@ -57,6 +91,21 @@ PosixRegex::Compiled PosixRegex::compile(std::string_view pattern) {
    }
    regex->hasNotificationActiveIs(true);
    return {std::move(regex), {}};
+}
+
+std::string PosixRegex::withDelimiters(std::string_view pattern) {
+   std::string out;
+   scanOutsideBrackets(
+      pattern,
+      [&](std::size_t i, bool inBracket) {
+         if (pattern[i] == '_' && !inBracket) {
+            out += "(^|$| )";
+         } else {
+            out.push_back(pattern[i]);
+         }
+      },
+      [&](std::size_t i) { out.append(pattern.substr(i, 2)); });
+   return out;
 }
 
 int PosixRegex::execute(char const* text) const noexcept {

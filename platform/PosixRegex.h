@@ -16,7 +16,10 @@ namespace Routing::RouteMap {
 
 /// A POSIX extended regular expression (regcomp with REG_EXTENDED | REG_NOSUB),
 /// compiled at construction. Matching is a search: the pattern may match
-/// anywhere in the text unless anchored with ^ and $.
+/// anywhere in the text unless anchored with ^ and $. Back-references
+/// (`\1` to `\9`, a C library extension to the extended syntax) are refused:
+/// the time to match them grows exponentially with the text, so one pattern
+/// could stall every route-map evaluation.
 ///
 /// Immutable after construction and safe to match from several threads at
 /// once. Not copyable or movable; owned through Ptr like every framework
@@ -46,6 +49,12 @@ class QORBGP_EXPORT PosixRegex : public Kiv::PtrInterface {
    /// Compiles `pattern` without raising for a bad one. The result, when there
    /// is one, has notification on.
    [[nodiscard]] static Compiled compile(std::string_view pattern);
+
+   /// `pattern` with the usual delimiter of route-map patterns spelled out:
+   /// each `_` outside a bracket expression and not escaped becomes
+   /// `(^|$| )`, the start or end of the text or the space between two values
+   /// (`_65535:666_` matches `65535:666` but not `65535:6660`).
+   [[nodiscard]] static std::string withDelimiters(std::string_view pattern);
 
    /// 0 when the expression matches somewhere in `text`, else REG_NOMATCH
    /// (non-zero). Text holding a NUL byte is matched only up to it.

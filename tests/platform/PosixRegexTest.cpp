@@ -46,6 +46,19 @@ TEST(PosixRegex, BadPatternReportsTheCLibraryMessage) {
    PosixRegex::Compiled bad = PosixRegex::compile("(1:2");
    EXPECT_TRUE(!bad && bad.error == expected);
    EXPECT_FALSE(PosixRegex::compile(std::string_view("a\0b", 3)));
+   EXPECT_EQ(PosixRegex::compile("(1)\\1").error,
+             "bad regular expression '(1)\\1': back-references are not accepted");
+   EXPECT_TRUE(PosixRegex::compile("[\\1]x\\.")); // a bracket's backslash, an escaped dot
+}
+
+TEST(PosixRegex, UnderscoreStandsForTheDelimiter) {
+   EXPECT_EQ(PosixRegex::withDelimiters("_1:2_"), "(^|$| )1:2(^|$| )");
+   EXPECT_EQ(PosixRegex::withDelimiters("[_]\\_[]_]_"), "[_]\\_[]_](^|$| )");
+   PosixRegex const regex(PosixRegex::withDelimiters("_65535:666_"));
+   for (char const* text : {"65535:666", "1:2 65535:666", "65535:666 1:2"}) {
+      EXPECT_EQ(regex.execute(text), 0) << text;
+   }
+   EXPECT_NE(regex.execute("65535:6660 165535:666"), 0);
    PosixRegex::Compiled good = PosixRegex::compile("1:2$");
    ASSERT_TRUE(good);
    EXPECT_TRUE(good.error.empty() && good.regex->hasNotificationActive());

@@ -27,6 +27,9 @@ constexpr std::size_t kInputBytes = 128 * 1024;
 constexpr int kBzip2BlockSize = 9; // in 100 kB units, the bzip2 tool's default
 constexpr U32 kXzPreset = 6;       // the xz tool's default
 constexpr int kZstdLevel = 3;      // the zstd tool's default
+// What an xz stream may make the decoder allocate: xz -9 needs 65 MiB; a
+// header asking for gigabytes is refused instead of allocated.
+constexpr U64 kXzMemoryLimit = U64{512} << 20;
 
 // Formats recognised by their first bytes that are not read here, so that
 // such a file is refused by name instead of read as damaged MRT records.
@@ -154,7 +157,8 @@ class PlainInput final : public DecodingInput {
 };
 
 // A gzip file may hold several members one after the other (as concatenated
-// or appended files do); they read as one stream.
+// or appended files do); they read as one stream. Anything else after the
+// last member is reported, not dropped.
 class GzipInput final : public DecodingInput {
  public:
    GzipInput(U64 size, std::unique_ptr<RawInput> raw)
@@ -170,6 +174,9 @@ class GzipInput final : public DecodingInput {
       if (!inMember_) {
          if (in.empty()) {
             return last ? Step::end : Step::more;
+         }
+         if (started_ && (in[0] != kGzipMagic[0] || (in.size() > 1 && in[1] != kGzipMagic[1]))) {
+            return fail("gzip: data after the last member that is not gzip");
          }
          // 16 + 15: a gzip wrapper around a deflate stream with any window size.
          if (!started_ ? inflateInit2(&z_, 16 + MAX_WBITS) != Z_OK : inflateReset(&z_) != Z_OK) {
@@ -256,7 +263,7 @@ class XzInput final : public DecodingInput {
  public:
    XzInput(U64 size, std::unique_ptr<RawInput> raw)
        : DecodingInput(Compression::xz, size, std::move(raw)) {
-      started_ = lzma_stream_decoder(&lz_, UINT64_MAX, LZMA_CONCATENATED) == LZMA_OK;
+      started_ = lzma_stream_decoder(&lz_, kXzMemoryLimit, LZMA_CONCATENATED) == LZMA_OK;
    }
    ~XzInput() override { lzma_end(&lz_); }
 
@@ -281,6 +288,8 @@ class XzInput final : public DecodingInput {
          return last ? fail("xz: stream cut short") : Step::more;
       case LZMA_MEM_ERROR:
          return fail("xz: out of memory");
+      case LZMA_MEMLIMIT_ERROR:
+         return fail("xz: the stream needs more than 512 MiB to decode");
       default:
          return fail(cat("xz: damaged data (liblzma code ", static_cast<int>(code), ")"));
       }

@@ -255,6 +255,11 @@ std::string recordTypeName(U16 type) {
    }
 }
 
+std::vector<Attribute> const& Attributes::empty() {
+   static std::vector<Attribute> const none;
+   return none;
+}
+
 Attribute const* Path::attribute(U8 typeCode) const {
    auto it = std::find_if(attributes.begin(), attributes.end(),
                           [typeCode](Attribute const& a) { return a.typeCode == typeCode; });
@@ -479,7 +484,12 @@ Outcome MrtReader::Impl::tableDump(U16 subtype, SpanReader r) {
    detail::appendPrefix(path.prefix, parsed);
    path.afi = family == Family::ipv4 ? detail::kAfiIpv4 : detail::kAfiIpv6;
    path.fourOctetAs = false;
-   return readAttributes(attributes, path.attributes, error_) ? Outcome::used : Outcome::damaged;
+   std::vector<Attribute> list;
+   if (!readAttributes(attributes, list, error_)) {
+      return Outcome::damaged;
+   }
+   path.attributes = std::move(list);
+   return Outcome::used;
 }
 
 Outcome MrtReader::Impl::peerIndexTable(SpanReader r) {
@@ -569,9 +579,11 @@ Outcome MrtReader::Impl::rib(U16 subtype, SpanReader r) {
       path.pathId = pathId;
       path.afi = afi;
       path.safi = safi;
-      if (!readAttributes(attributes, path.attributes, error_)) {
+      std::vector<Attribute> list;
+      if (!readAttributes(attributes, list, error_)) {
          return damaged(cat("RIB entry ", i, ": ", error_));
       }
+      path.attributes = std::move(list);
    }
    if (!r.ok()) {
       return damaged("RIB entry count cut short");
@@ -695,16 +707,12 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
 
    std::string peerAddress;
    detail::appendAddress(peerAddress, *family, peer);
-   for (std::size_t i = 0; i < pending_.size(); ++i) {
-      Path& path = pending_[i];
+   Attributes const shared(std::move(attributes)); // one block for every prefix of the message
+   for (Path& path : pending_) {
       path.timestamp = timestamp;
       path.peerAddress = peerAddress;
       path.peerAs = peerAs;
-      if (i + 1 < pending_.size()) {
-         path.attributes = attributes;
-      } else {
-         path.attributes = std::move(attributes);
-      }
+      path.attributes = shared;
    }
    return Outcome::used;
 }

@@ -17,6 +17,7 @@
 #include "QorBgpCommunity/platform/Types.h"
 
 #include <cstddef>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,6 +37,32 @@ struct Attribute {
    friend bool operator==(Attribute const&, Attribute const&) = default;
 };
 
+// The attributes of a path in wire order, repeats kept: an immutable block
+// shared by copies, so that the paths of one BGP message (one block for all
+// the prefixes it announces) hold their attributes once, however many there
+// are. Compares by content.
+class Attributes {
+ public:
+   Attributes() = default;
+   Attributes(std::vector<Attribute> list) // NOLINT: a list is a block
+       : block_(std::make_shared<std::vector<Attribute> const>(std::move(list))) {}
+   Attributes(std::initializer_list<Attribute> list) : Attributes(std::vector<Attribute>(list)) {}
+
+   std::vector<Attribute> const& list() const { return block_ ? *block_ : empty(); }
+   auto begin() const { return list().begin(); }
+   auto end() const { return list().end(); }
+   std::size_t size() const { return list().size(); }
+   Attribute const& operator[](std::size_t i) const { return list()[i]; }
+   // Whether both are the very same block (the same message), not only equal.
+   bool sameBlock(Attributes const& other) const { return block_ == other.block_; }
+
+   friend bool operator==(Attributes const& a, Attributes const& b) { return a.list() == b.list(); }
+
+ private:
+   static std::vector<Attribute> const& empty();
+   std::shared_ptr<std::vector<Attribute> const> block_;
+};
+
 // A route to one prefix as one peer announced or held it.
 struct Path {
    // Seconds since 1970: the route's originated time for RIB entries, the
@@ -49,7 +76,7 @@ struct Path {
    // "evpn:<route type>:<hex of the route>", "flowspec:<hex of the components>".
    std::string prefix;
    std::optional<U32> pathId;         // set for ADD-PATH records only
-   std::vector<Attribute> attributes; // in wire order, repeats kept
+   Attributes attributes;
    U16 recordType = 13; // the MRT record's type: 12 TABLE_DUMP, 13 TABLE_DUMP_V2, 16 BGP4MP, 17 BGP4MP_ET
    // The route's address family: AFI 1 IPv4, 2 IPv6, 25 L2VPN; SAFI 1
    // unicast, 2 multicast, 4 labeled, 70 EVPN, 128 VPN, 129 VPN multicast,

@@ -43,6 +43,11 @@ int runEncode(EncodeOptions const& options) {
    if (!encoded.badWord.empty()) {
       return badWord(encoded.badWord, options.kind);
    }
+   if (encoded.oversize) {
+      std::cerr << "qorbgp-comm encode: the communities take " << encoded.oversize
+                << " bytes; an attribute holds at most 65535\n";
+      return usageErrorStatus;
+   }
    std::cout << hexBytes({reinterpret_cast<U8 const*>(encoded.attribute.data()),
                           encoded.attribute.size()})
              << '\n';
@@ -99,7 +104,7 @@ int runDecode(DecodeOptions const& options) {
       } else {
          out["reason"] = result.reason;
       }
-      std::cout << out.dump() << '\n';
+      std::cout << jsonText(out) << '\n';
    } else if (result.ok()) {
       std::cout << name << ": " << text << '\n';
    } else {

@@ -443,6 +443,20 @@ std::string_view addWords(std::string_view text, Parse parse, Add add) {
    return {};
 }
 
+// The attribute of a published list, or (oversize set) none when its values
+// take more than the two-octet attribute length can say.
+template <class List, class Serialize>
+void serializeInto(EncodedCommunities& out, List const& list, std::size_t valueBytes,
+                   Serialize serialize) {
+   constexpr std::size_t maxValueBytes = 0xFFFF;
+   std::size_t const bytes = list->commVectorRawPtr()->size() * valueBytes;
+   if (bytes > maxValueBytes) {
+      out.oversize = bytes;
+   } else {
+      out.attribute = serialize(*list);
+   }
+}
+
 } // namespace
 
 EncodedCommunities encodeCommunityText(CommunityTables const& tables, CommunityKind kind,
@@ -456,7 +470,8 @@ EncodedCommunities encodeCommunityText(CommunityTables const& tables, CommunityK
       CommList::Ptr list = commListFactory();
       out.badWord = addWords(text, parseStandardCommunity, [&](U32 v) { list->commIs(v); });
       if (out.badWord.empty()) {
-         out.attribute = list->dedup(tables.commListDedupTable().get())->serialize();
+         serializeInto(out, list->dedup(tables.commListDedupTable().get()), 4,
+                       [](CommList const& l) { return l.serialize(); });
       }
       break;
    }
@@ -465,7 +480,8 @@ EncodedCommunities encodeCommunityText(CommunityTables const& tables, CommunityK
       out.badWord = addWords(text, parseLargeCommunity,
                              [&](Acl::CommunityValue const& v) { list->commIs(v); });
       if (out.badWord.empty()) {
-         out.attribute = list->dedup(tables.largeCommListDedupTable().get())->serialize();
+         serializeInto(out, list->dedup(tables.largeCommListDedupTable().get()), 12,
+                       [](LargeCommList const& l) { return l.serialize(); });
       }
       break;
    }
@@ -476,8 +492,10 @@ EncodedCommunities encodeCommunityText(CommunityTables const& tables, CommunityK
             ExtComm::dedupContent(tables.extCommDedupTable().get(), ExtCommContent(word)));
       });
       if (out.badWord.empty()) {
-         out.attribute = list->dedup(tables.extCommListDedupTable().get())
-                            ->serialize(ExtCommList::serialization(true, true, true));
+         serializeInto(out, list->dedup(tables.extCommListDedupTable().get()), 8,
+                       [](ExtCommList const& l) {
+                          return l.serialize(ExtCommList::serialization(true, true, true));
+                       });
       }
       break;
    }
@@ -487,7 +505,8 @@ EncodedCommunities encodeCommunityText(CommunityTables const& tables, CommunityK
          list->commIs(ExtCommIp6::dedupContent(tables.extCommIp6DedupTable().get(), content));
       });
       if (out.badWord.empty()) {
-         out.attribute = list->dedup(tables.extCommIp6ListDedupTable().get())->serialize(true);
+         serializeInto(out, list->dedup(tables.extCommIp6ListDedupTable().get()), 20,
+                       [](ExtCommIp6List const& l) { return l.serialize(true); });
       }
       break;
    }

@@ -61,6 +61,9 @@ struct EncodedCommunities {
    std::string attribute;
    // The first word that is no value of the kind (a view into the text).
    std::string_view badWord;
+   // The bytes the values would take when that is more than an attribute
+   // holds (65535); then `attribute` is empty.
+   std::size_t oversize = 0;
 };
 
 // The attribute of the communities of `kind` in `text` (words as

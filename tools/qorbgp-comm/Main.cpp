@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <exception>
 
 namespace {
 
@@ -140,21 +141,29 @@ int main(int argc, char** argv) {
       return app.exit(e) == 0 ? 0 : usageErrorStatus;
    }
 
-   if (*statsCommand) {
-      return runStats(stats);
+   // Bad input never throws; what might (running out of memory, a library
+   // error on a caller mistake the checks above missed) ends with a message
+   // and status 1, never with an abort.
+   try {
+      if (*statsCommand) {
+         return runStats(stats);
+      }
+      if (*showCommand) {
+         return runShow(show);
+      }
+      if (*matchCommand) {
+         return runMatch(match);
+      }
+      if (*decodeCommand) {
+         return runDecode(decode);
+      }
+      if (*encodeCommand) {
+         encode.kind = encode.kind.empty() ? "standard" : encode.kind;
+         return runEncode(encode);
+      }
+      return runSynth(synth);
+   } catch (std::exception const& e) {
+      std::fprintf(stderr, "qorbgp-comm: %s\n", e.what());
+      return 1;
    }
-   if (*showCommand) {
-      return runShow(show);
-   }
-   if (*matchCommand) {
-      return runMatch(match);
-   }
-   if (*decodeCommand) {
-      return runDecode(decode);
-   }
-   if (*encodeCommand) {
-      encode.kind = encode.kind.empty() ? "standard" : encode.kind;
-      return runEncode(encode);
-   }
-   return runSynth(synth);
 }

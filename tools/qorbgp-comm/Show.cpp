@@ -124,6 +124,7 @@ bool forEachPath(std::vector<std::string> const& files, char const* command,
          continue;
       }
       Progress progress(file, reader->fileSize(), true);
+      PathListsDecoder decoder(*tables);
       mrt::Path path;
       bool more = true;
       U64 paths = 0;
@@ -132,7 +133,7 @@ bool forEachPath(std::vector<std::string> const& files, char const* command,
             progress.update(reader->bytesConsumed(), paths);
          }
          if (filter.accepts(path)) {
-            more = visit(path, decodePathLists(*tables, path));
+            more = visit(path, decoder.lists(path));
          }
       }
       whole = reportReadProblems(command, file, reader->report()) && whole;
@@ -152,31 +153,6 @@ std::optional<PathFilter> makeFilter(PathFilterOptions const& options, char cons
    return filter;
 }
 
-// Each `_` that is not escaped and not in a bracket expression becomes
-// "(^|$| )": the start, the end, or the space between two communities.
-std::string expandDelimiters(std::string_view regex) {
-   std::string out;
-   bool inBracket = false;
-   for (std::size_t i = 0; i < regex.size(); ++i) {
-      char const c = regex[i];
-      if (c == '\\' && i + 1 < regex.size()) {
-         out.append(regex.substr(i, 2));
-         ++i;
-      } else if (inBracket) {
-         // "[]...]" and "[^]...]" hold a literal ']' first.
-         bool const first = regex[i - 1] == '[' || (regex[i - 1] == '^' && regex[i - 2] == '[');
-         inBracket = c != ']' || first;
-         out.push_back(c);
-      } else if (c == '[') {
-         inBracket = true;
-         out.push_back(c);
-      } else {
-         out += c == '_' ? std::string("(^|$| )") : std::string(1, c);
-      }
-   }
-   return out;
-}
-
 } // namespace
 
 int runShow(ShowOptions const& options) {
@@ -188,7 +164,7 @@ int runShow(ShowOptions const& options) {
    bool const whole =
       forEachPath(options.files, "show", *filter, [&](mrt::Path const& path, PathLists const& lists) {
          if (options.json) {
-            std::cout << pathJson(path, lists, options.asdot).dump() << '\n';
+            std::cout << jsonText(pathJson(path, lists, options.asdot)) << '\n';
          } else {
             printPath(path, lists, options.asdot);
          }
@@ -202,7 +178,7 @@ int runMatch(MatchOptions const& options) {
    if (!filter) {
       return 2;
    }
-   auto compiled = Routing::RouteMap::PosixRegex::compile(expandDelimiters(options.regex));
+   auto compiled = Routing::RouteMap::PosixRegex::compile(Routing::RouteMap::PosixRegex::withDelimiters(options.regex));
    if (!compiled) {
       std::cerr << "qorbgp-comm match: " << compiled.error << '\n';
       return 2;
@@ -225,7 +201,7 @@ int runMatch(MatchOptions const& options) {
          if (matched) {
             ++matches;
             if (options.json) {
-               std::cout << pathJson(path, lists, false).dump() << '\n';
+               std::cout << jsonText(pathJson(path, lists, false)) << '\n';
             } else {
                printPath(path, lists, false);
             }

@@ -179,18 +179,19 @@ int runStats(StatsOptions const& options) {
             continue;
          }
          U64 counted = 0; // of this file's bytes, already in bytesDone
+         PathListsDecoder decoder(*tables);
          mrt::Path path;
          while (reader->next(path)) {
             ++totals.paths;
             ++totals.families[{path.afi, path.safi}];
-            PathLists lists = decodePathLists(*tables, path);
+            PathLists const& lists = decoder.lists(path);
             totals.standard.count(lists.standard);
             totals.large.count(lists.large);
             totals.extended.count(lists.extended);
             totals.ip6.count(lists.ip6);
-            for (std::string& reason : lists.malformed) {
+            for (std::string const& reason : lists.malformed) {
                ++totals.malformed;
-               ++totals.malformedReasons[std::move(reason)];
+               ++totals.malformedReasons[reason];
             }
             if ((totals.paths & 0xffff) == 0) {
                U64 consumed = reader->bytesConsumed();
@@ -308,7 +309,7 @@ int runStats(StatsOptions const& options) {
       out["skippedRecords"] = totals.skippedRecords;
       out["ignoredRecords"] = totals.ignoredRecords;
       out["problems"] = totals.problems;
-      std::cout << out.dump(2) << '\n';
+      std::cout << jsonText(out, 2) << '\n';
       return status;
    }
 

@@ -8,10 +8,11 @@ namespace {
 Path withAsPath(bool fourOctet, std::vector<U8> asPath, std::vector<U8> as4Path = {}) {
    Path path;
    path.fourOctetAs = fourOctet;
-   path.attributes.push_back({0x40, 2, std::move(asPath)});
+   std::vector<Attribute> attributes{{0x40, 2, std::move(asPath)}};
    if (!as4Path.empty()) {
-      path.attributes.push_back({0xc0, 17, std::move(as4Path)});
+      attributes.push_back({0xc0, 17, std::move(as4Path)});
    }
+   path.attributes = std::move(attributes);
    return path;
 }
 

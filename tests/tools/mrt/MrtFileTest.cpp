@@ -78,6 +78,20 @@ TEST_F(MrtFileTest, OpenFailsWithTheReason) {
    EXPECT_NE(error.find("cannot create"), std::string::npos);
 }
 
+TEST_F(MrtFileTest, DataAfterTheLastGzipMemberIsReported) {
+   auto w = create("gz", Compression::gzip);
+   w->peerIndexTable(0, 0, "", kPeers);
+   w->ribEntry(0, 1, "192.0.2.0/24", std::vector<RibEntry>{{0, 1, {}, {}}});
+   ASSERT_TRUE(w->close(nullptr));
+   auto bytes = contents("gz");
+   bytes.insert(bytes.end(), 1000, 0x00);
+   store("gz", bytes);
+   Report report;
+   EXPECT_EQ(readAll("gz", &report).size(), 1u);
+   ASSERT_EQ(report.problems.size(), 1u);
+   EXPECT_EQ(report.problems[0].text, "gzip: data after the last member that is not gzip");
+}
+
 TEST_F(MrtFileTest, OtherDataIsNotReadAsRecords) {
    struct Row {
       std::string text, problem;

@@ -66,7 +66,7 @@ inline const Attribute kLongLargeRead{0xd0, 32, std::vector<U8>(300, 0x2a)};
 inline const std::vector<Peer> kPeers{{1, "192.0.2.1", 64500}, {2, "2001:db8::2", 4200000000}};
 
 inline Path path(U32 time, int peer, std::string prefix, std::optional<U32> id,
-                 std::vector<Attribute> attributes) {
+                 Attributes attributes) {
    return {time, kPeers[peer].address, kPeers[peer].as, std::move(prefix),
            id,   std::move(attributes)};
 }

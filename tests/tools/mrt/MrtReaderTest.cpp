@@ -2,6 +2,12 @@
 
 #include "MrtFileTestFixture.h"
 
+#include <malloc.h>
+#if defined(__SANITIZE_ADDRESS__)
+// AddressSanitizer's runtime (its header does not come with g++).
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#endif
+
 namespace QorBgpTools::mrt {
 namespace {
 
@@ -203,6 +209,49 @@ TEST_F(MrtReaderTest, CutOffHeaderEndsTheFile) {
    ASSERT_EQ(report.problems.size(), 1u);
    EXPECT_EQ(report.problems[0].offset, offset);
    EXPECT_EQ(report.problems[0].text, "record header cut off after 5 of 12 bytes");
+}
+
+// Bytes allocated and not freed (AddressSanitizer's allocator keeps its own count).
+std::size_t heapInUse() {
+#if defined(__SANITIZE_ADDRESS__)
+   return __sanitizer_get_current_allocated_bytes();
+#else
+   return mallinfo2().uordblks;
+#endif
+}
+
+// One 65,535-byte UPDATE with 1,000 empty attributes and 62,512 one-byte
+// announcements (0.0.0.0/0): the paths share one attribute block, so the
+// record costs about a hundred times its size, not gigabytes.
+TEST_F(MrtReaderTest, PathsOfOneMessageShareItsAttributes) {
+   constexpr std::size_t kAttributes = 1000, kRoutes = 62512;
+   std::vector<U8> attributes;
+   for (std::size_t i = 0; i < kAttributes; ++i) {
+      attributes.insert(attributes.end(), {0x40, 0x63, 0x00});
+   }
+   Body message = Body().raw(std::vector<U8>(16, 0xff)).u16(0xffff).u8(2).u16(0)
+                     .u16(static_cast<U16>(attributes.size())).raw(attributes)
+                     .raw(std::vector<U8>(kRoutes, 0));
+   ASSERT_EQ(message.bytes.size(), 0xffffu);
+   auto w = create("crafted");
+   w->record(1, 16, 4, Body().u32(1).u32(2).u16(0).u16(1).raw({192, 0, 2, 1})
+                          .raw({192, 0, 2, 2}).raw(message.bytes).bytes);
+   ASSERT_TRUE(w->close(nullptr));
+
+   std::size_t const heapBefore = heapInUse();
+   std::string error;
+   auto reader = MrtReader::open(file("crafted"), &error);
+   Path first, path;
+   ASSERT_TRUE(reader && reader->next(first));
+   std::size_t const heapHeld = heapInUse() - heapBefore; // every path is pending
+   std::size_t paths = 1;
+   while (reader->next(path)) {
+      ++paths;
+      ASSERT_TRUE(path.attributes.sameBlock(first.attributes));
+   }
+   EXPECT_EQ(paths, kRoutes);
+   EXPECT_EQ(first.attributes.size(), kAttributes);
+   EXPECT_LT(heapHeld, 200 * message.bytes.size());
 }
 
 TEST_F(MrtReaderTest, EvpnAndFlowspecRoutesAreGivenInHex) {

@@ -152,6 +152,18 @@ TEST_F(CommunityText, StandardAndLarge) {
                   {"65536:1", "1:65536", "1", "1:2:3", "-1:2", "no_export"});
    expectRejected(CommunityKind::large,
                   {"1:2", "1:2:3:4", "4294967296:1:2", "65536.0:1:2", "1.2.3:4:5"});
+
+   // 16383 values fit the two-octet attribute length, 16384 do not.
+   std::string many;
+   for (U32 i = 1; i <= 16384; ++i) {
+      many += std::to_string(i) + ":1 ";
+   }
+   EncodedCommunities const tooMany = encodeCommunityText(*tables_, CommunityKind::standard, many);
+   EXPECT_EQ(tooMany.oversize, 65536u);
+   EXPECT_TRUE(tooMany.attribute.empty());
+   many.resize(many.rfind("16384:1"));
+   EXPECT_EQ(encodeCommunityText(*tables_, CommunityKind::standard, many).attribute.size(),
+             4 + 65532u); // with the extended-length header
 }
 
 TEST_F(CommunityText, Extended) {
