@@ -19,6 +19,9 @@ namespace {
 // Longer records are taken for damage rather than buffered; the largest real
 // RIB records (one prefix seen by every peer of a big collector) stay far below.
 constexpr U32 kMaxRecordBytes = 64u << 20;
+// The longest record the search for the next record after a damaged header
+// accepts as a candidate (RIB records are far smaller).
+constexpr U32 kMaxResyncRecordBytes = 16u << 20;
 constexpr std::size_t kReadChunkBytes = 64 * 1024;
 constexpr std::size_t kEtMicrosecondBytes = 4;
 constexpr std::size_t kRouteDistinguisherBytes = 8;
@@ -284,6 +287,18 @@ class MrtReader::Impl {
    bool readRecord();
    // Reads up to `length` bytes into body_; false when the data ends first.
    bool readBody(U32 length);
+   // Fills `out` from the bytes looked ahead at, then from the file; a short
+   // count means the end of the data.
+   std::size_t read(std::span<U8> out);
+   // Makes at least `n` bytes ahead available in lookAhead(); false when the
+   // data ends first (lookAhead() then holds the rest).
+   bool peek(std::size_t n);
+   std::span<const U8> lookAhead() const { return std::span(ahead_).subspan(aheadPos_); }
+   // After the header at `offset` (its bytes read) turned out damaged: finds
+   // the next offset where a plausible header starts whose record is followed
+   // by another plausible header or by the end of the data, and goes on
+   // reading there. False when the data ends first.
+   bool resync(U64 offset, std::span<const U8> header, std::string const& what);
    void end();
    void problem(U64 offset, std::string text);
 
@@ -305,6 +320,8 @@ class MrtReader::Impl {
       pending_; // the current record's paths; those before nextPending_ are handed out
    std::size_t nextPending_ = 0;
    std::vector<U8> body_;
+   std::vector<U8> ahead_; // bytes read from the file and not yet taken, from aheadPos_
+   std::size_t aheadPos_ = 0;
    std::string error_; // why the current record is damaged
    bool ended_ = false;
 };
@@ -342,7 +359,7 @@ bool MrtReader::Impl::readBody(U32 length) {
          std::min<std::size_t>(length - body_.size(), std::max(body_.size(), kReadChunkBytes));
       std::size_t had = body_.size();
       body_.resize(had + want);
-      std::size_t got = file_->read(std::span(body_).subspan(had));
+      std::size_t got = read(std::span(body_).subspan(had));
       body_.resize(had + got);
       report_.bytesRead += got;
       if (got < want) {
@@ -360,7 +377,7 @@ bool MrtReader::Impl::readRecord() {
    }
    U64 offset = report_.bytesRead;
    std::array<U8, detail::kMrtHeaderBytes> header{};
-   std::size_t got = file_->read(header);
+   std::size_t got = read(header);
    report_.bytesRead += got;
    if (got < header.size()) {
       if (got > 0 && offset == 0) {
@@ -378,26 +395,21 @@ bool MrtReader::Impl::readRecord() {
    U16 subtype = h.u16();
    U32 length = h.u32();
 
-   if (offset == 0 && !detail::isMrtType(type)) {
+   if (offset == 0 && !detail::isMrtHeader(type, subtype)) {
       // Text, HTML or some other format: every "record" would be garbage.
       ++report_.skippedRecords;
-      problem(offset, cat("not an MRT file (the first record's type would be ", type, ")"));
+      problem(offset, cat("not an MRT file (the first record's type would be ", type,
+                          " subtype ", subtype, ")"));
       end();
       return false;
    }
+   if (!detail::isMrtHeader(type, subtype)) {
+      return resync(offset, header, cat("damaged record header (type ", type, " subtype ",
+                                        subtype, ")"));
+   }
    if (length > kMaxRecordBytes) {
-      ++report_.skippedRecords;
-      problem(offset, cat(recordName(type, subtype), ": length ", length, " over the limit of ",
-                          kMaxRecordBytes));
-      for (U32 left = length; left > 0;) {
-         U32 step = std::min<U32>(left, kReadChunkBytes);
-         if (!readBody(step)) {
-            end();
-            return false;
-         }
-         left -= step;
-      }
-      return true;
+      return resync(offset, header, cat(recordName(type, subtype), ": length ", length,
+                                        " over the limit of ", kMaxRecordBytes));
    }
    if (!readBody(length)) {
       ++report_.skippedRecords;
@@ -424,6 +436,89 @@ bool MrtReader::Impl::readRecord() {
       break;
    }
    return true;
+}
+
+std::size_t MrtReader::Impl::read(std::span<U8> out) {
+   std::size_t const fromAhead = std::min(out.size(), ahead_.size() - aheadPos_);
+   std::copy_n(ahead_.begin() + static_cast<std::ptrdiff_t>(aheadPos_), fromAhead, out.begin());
+   aheadPos_ += fromAhead;
+   if (aheadPos_ == ahead_.size()) {
+      ahead_.clear();
+      aheadPos_ = 0;
+   }
+   return fromAhead + (fromAhead < out.size() ? file_->read(out.subspan(fromAhead)) : 0);
+}
+
+bool MrtReader::Impl::peek(std::size_t n) {
+   while (ahead_.size() - aheadPos_ < n) {
+      if (aheadPos_ > 0) {
+         ahead_.erase(ahead_.begin(), ahead_.begin() + static_cast<std::ptrdiff_t>(aheadPos_));
+         aheadPos_ = 0;
+      }
+      std::size_t const had = ahead_.size();
+      std::size_t const want = std::max(n - had, kReadChunkBytes);
+      ahead_.resize(had + want);
+      std::size_t const got = file_->read(std::span(ahead_).subspan(had));
+      ahead_.resize(had + got);
+      if (got < want) {
+         return ahead_.size() >= n;
+      }
+   }
+   return true;
+}
+
+namespace {
+
+// Whether `h` (12 bytes) could start a record of a type read here or
+// commonly found in dumps, for the search after a damaged header.
+bool plausibleHeader(std::span<const U8> h) {
+   SpanReader r(h);
+   r.skip(4); // timestamp
+   U16 type = r.u16();
+   U16 subtype = r.u16();
+   U32 length = r.u32();
+   bool const readHere = type == detail::kTableDump || type == detail::kTableDumpV2 ||
+                         type == detail::kBgp4mp || type == detail::kBgp4mpEt;
+   return readHere && detail::isMrtHeader(type, subtype) && length <= kMaxResyncRecordBytes;
+}
+
+} // namespace
+
+bool MrtReader::Impl::resync(U64 offset, std::span<const U8> header, std::string const& what) {
+   // The search starts one byte after the damaged header: put the rest of it back.
+   ahead_.insert(ahead_.begin() + static_cast<std::ptrdiff_t>(aheadPos_), header.begin() + 1,
+                 header.end());
+   report_.bytesRead -= header.size() - 1;
+   ++report_.skippedRecords;
+   U64 skipped = 1;
+   for (;; ++skipped) {
+      if (!peek(detail::kMrtHeaderBytes)) {
+         skipped += lookAhead().size();
+         break;
+      }
+      auto const candidate = lookAhead().first(detail::kMrtHeaderBytes);
+      if (plausibleHeader(candidate)) {
+         U32 const length = SpanReader(candidate.subspan(8)).u32();
+         std::size_t const next = detail::kMrtHeaderBytes + length;
+         bool const followed = peek(next + detail::kMrtHeaderBytes)
+                                  ? plausibleHeader(lookAhead().subspan(next).first(detail::kMrtHeaderBytes))
+                                  : lookAhead().size() == next;
+         if (followed) {
+            report_.skippedBytes += skipped;
+            problem(offset, cat(what, "; skipped ", skipped, " bytes to the next record"));
+            return true;
+         }
+      }
+      ++aheadPos_;
+      report_.bytesRead += 1;
+   }
+   report_.bytesRead += lookAhead().size();
+   report_.skippedBytes += skipped;
+   problem(offset, cat(what, "; no record follows in the ", skipped, " bytes after it"));
+   ahead_.clear();
+   aheadPos_ = 0;
+   end();
+   return false;
 }
 
 Outcome MrtReader::Impl::decode(U32 timestamp, U16 type, U16 subtype, SpanReader r) {

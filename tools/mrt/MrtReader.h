@@ -120,18 +120,23 @@ struct Report {
    // KEEPALIVEs, withdrawal-only UPDATEs, address families or record types
    // not decoded here. Peer index tables count as neither skipped nor ignored.
    U64 ignoredRecords = 0;
+   // Bytes passed over after a damaged record header (an unknown type, a
+   // length over the limit) to the next plausible record: a header of a type
+   // read here whose record is followed by another such header or the end.
+   U64 skippedBytes = 0;
    U64 bytesRead = 0;             // of the decompressed MRT stream
    std::vector<Problem> problems; // the first kMaxProblemsKept, in file order
 };
 
 // Reads one MRT file front to back, holding one record at a time (records
-// over 64 MiB are skipped as damaged). Owns the open file; movable through
+// over 64 MiB are taken for damage). Owns the open file; movable through
 // its unique_ptr only; not thread-safe.
 //
 // Bad data never throws and never stops the reader while records can still be
 // framed: a damaged record is reported and skipped as a whole (none of its
 // paths are returned), and reading resumes after it using the record's
-// length field. Reading ends at the end of the data, at a record header cut
+// length field; a damaged header (unknown type, length over the limit) is
+// skipped byte by byte to the next plausible record (see skippedBytes). Reading ends at the end of the data, at a record header cut
 // off by it, or where the compressed stream is damaged; the last two are
 // reported as problems too.
 //

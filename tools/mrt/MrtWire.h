@@ -24,11 +24,24 @@ inline constexpr U16 kTableDumpV2 = 13;
 inline constexpr U16 kBgp4mp = 16;
 inline constexpr U16 kBgp4mpEt = 17;
 
-// Whether `type` is an MRT record type (current or deprecated): 0-13 and the
-// BGP4MP, IS-IS and OSPFv3 types with their extended-timestamp variants.
-constexpr bool isMrtType(U16 type) {
-   return type <= 13 || type == 16 || type == 17 || type == 32 || type == 33 || type == 48 ||
-          type == 49;
+// Whether a record header of this type and subtype can be right: a record
+// type in use (OSPFv2, TABLE_DUMP, TABLE_DUMP_V2, BGP4MP, IS-IS, OSPFv3 and
+// their extended-timestamp variants; not the types deprecated before them)
+// and, for the types read here, one of their subtypes.
+constexpr bool isMrtHeader(U16 type, U16 subtype) {
+   switch (type) {
+   case kTableDump:
+      return subtype == 1 || subtype == 2;
+   case kTableDumpV2:
+      return subtype >= 1 && subtype <= 12;
+   case kBgp4mp:
+   case kBgp4mpEt:
+      return subtype <= 11;
+   case 11: case 32: case 33: case 48: case 49:
+      return true;
+   default:
+      return false;
+   }
 }
 
 // TABLE_DUMP subtypes.

@@ -96,7 +96,7 @@ TEST_F(MrtFileTest, OtherDataIsNotReadAsRecords) {
    struct Row {
       std::string text, problem;
    } rows[] = {{"prefix,peer,communities\n192.0.2.0/24,192.0.2.1,65000:1\n",
-                "not an MRT file (the first record's type would be 27000)"},
+                "not an MRT file (the first record's type would be 27000 subtype 11376)"},
                {"hello\n", "not an MRT file (6 bytes, less than one record header)"}};
    for (auto const& row : rows) {
       store("text", std::vector<U8>(row.text.begin(), row.text.end()));

@@ -211,6 +211,48 @@ TEST_F(MrtReaderTest, CutOffHeaderEndsTheFile) {
    EXPECT_EQ(report.problems[0].text, "record header cut off after 5 of 12 bytes");
 }
 
+// A damaged length field costs the records it garbles, not the rest of the
+// file: reading goes on at the next plausible record header.
+TEST_F(MrtReaderTest, DamagedLengthIsPassedOverToTheNextRecord) {
+   constexpr U32 kRecords = 200;
+   auto w = create("rib");
+   w->peerIndexTable(0, 0, "", kPeers);
+   std::vector<U64> offsets;
+   for (U32 i = 0; i < kRecords; ++i) {
+      offsets.push_back(w->offset());
+      w->ribEntry(0, i, "10.0.0.0/8", std::vector<RibEntry>{{0, i, {}, {kCommunities}}});
+   }
+   ASSERT_TRUE(w->close(nullptr));
+   auto const whole = contents("rib");
+   struct Row {
+      char const* name;
+      U32 length;          // written into record 100's length field
+      std::size_t lost;    // records not read
+      char const* problem; // how the report begins
+   } rows[] = {{"over the limit", 0xffffffff, 1, "TABLE_DUMP_V2 subtype 2: length 4294967295 over"},
+               {"a few bytes long", 5, 2, "damaged record header"}};
+   for (Row const& row : rows) {
+      SCOPED_TRACE(row.name);
+      auto bytes = whole;
+      std::size_t const field = offsets[100] + 8;
+      U32 const length = row.length == 0xffffffff
+                            ? row.length
+                            : (U32{bytes[field]} << 24 | U32{bytes[field + 1]} << 16 |
+                               U32{bytes[field + 2]} << 8 | bytes[field + 3]) + row.length;
+      for (int i = 0; i < 4; ++i) {
+         bytes[field + i] = static_cast<U8>(length >> (24 - 8 * i));
+      }
+      store("damaged", bytes);
+      Report report;
+      EXPECT_EQ(readAll("damaged", &report).size(), kRecords - row.lost);
+      ASSERT_FALSE(report.problems.empty());
+      EXPECT_TRUE(report.problems.back().text.starts_with(row.problem)) << report.problems.back().text;
+      EXPECT_NE(report.problems.back().text.find("bytes to the next record"), std::string::npos);
+      EXPECT_GT(report.skippedBytes, 0u);
+      EXPECT_EQ(report.bytesRead, bytes.size());
+   }
+}
+
 // Bytes allocated and not freed (AddressSanitizer's allocator keeps its own count).
 std::size_t heapInUse() {
 #if defined(__SANITIZE_ADDRESS__)
