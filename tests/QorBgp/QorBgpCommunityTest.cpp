@@ -205,6 +205,7 @@ TEST(ExtCommDehoard, RestoresAPlainDetachedValue) {
    hoard::Location rt =
       writer.publish(hoard::ExtCommRecord{extCommClassificationRouteTarget, 0, 0x0002fde800000064});
    hoard::Location bogus = writer.publish(hoard::ExtCommRecord{77, 0, 1});
+   hoard::Location reserved = writer.publish(hoard::ExtCommRecord{1, 1, 0x0002fde800000064});
    hoard::StoreManager store = segment.open();
 
    ExtComm::PtrConst restored = ExtComm::dehoard(&rt, &store);
@@ -216,8 +217,9 @@ TEST(ExtCommDehoard, RestoresAPlainDetachedValue) {
    EXPECT_FALSE(restored->isDeduped());
    EXPECT_TRUE(restored->hasNotificationActive());
 
-   // A classification that is none is a corrupt record.
+   // A classification that is none, or a reserved word set, is a corrupt record.
    EXPECT_FALSE(ExtComm::dehoard(&bogus, &store));
+   EXPECT_FALSE(ExtComm::dehoard(&reserved, &store));
 
    // A read while the writer is changing the store does not validate.
    writer.beginChange();
