@@ -151,12 +151,6 @@ TEST(ExtCommText, DiagnosticForm) {
    }
 }
 
-TEST(ExtCommText, SubtypeTextOfAPlainValueIsUnspecified) {
-   std::ostringstream os;
-   plain(rt65000_100)->formatSubtype(os);
-   EXPECT_EQ(os.str(), "unspecified");
-}
-
 TEST(ExtCommText, StreamOutputHandlesNullAndKeepsTheCallersFormat) {
    std::ostringstream os;
    ExtComm::PtrConst none;
@@ -186,17 +180,11 @@ TEST(ExtCommStrepFormat, RangeIsSixBits) {
    }
 }
 
-TEST(ExtCommStrepFormat, ReflectionTextAndItsMalformations) {
+TEST(ExtCommStrepFormat, ReflectionText) {
    EXPECT_EQ(StrepFormat(StrepFormat::flagUI | StrepFormat::flagLinkBwWeighted).valueToStrep(),
              "Value('Routing::Bgp::ExtComm::StrepFormat', ** {'strepFormatDefault': False, "
              "'strepFormatClassification': False, 'strepFormatUI': True, 'strepFormatJson': "
              "False, 'strepFormatAsdot': False, 'strepFormatLinkBwWeighted': True})");
-   std::string text = StrepFormat(1).valueToStrep();
-   for (std::string bad : {text.substr(1), text.substr(0, text.size() - 1),
-                           text.replace(text.find("True"), 4, "Yes")}) {
-      SCOPED_TRACE(bad);
-      EXPECT_THROW(StrepFormat::fromValueStrep(bad), Kiv::RangeError);
-   }
 }
 
 TEST(ExtCommDehoard, RestoresAPlainDetachedValue) {
