@@ -113,7 +113,8 @@ hoard::Location ExtCommIp6List::hoard(hoard::StoreWriter& writer) const {
       ExtCommIp6Content const content = comm->getContent();
       records.push_back({content.type, content.subtype, content.addr.bytes(), content.localAdmin});
    }
-   return writer.publishList<hoard::ExtCommIp6Record>(commVectorSorted_ ? 1 : 0, records);
+   return writer.publishList<hoard::ExtCommIp6Record>(commVectorSorted_ ? storedSortedFlag : 0,
+                                                      records);
 }
 
 ExtCommIp6List::PtrConst ExtCommIp6List::dehoard(void const* data, hoard::StoreManager* store) {
@@ -121,7 +122,10 @@ ExtCommIp6List::PtrConst ExtCommIp6List::dehoard(void const* data, hoard::StoreM
       extCommIp6ListFactory(), data, store,
       [](ExtCommIp6List& list, hoard::ReaderPtr<hoard::ListRecord>& stored, U32 flags, U32 count) {
          hoard::ExtCommIp6Record const* records =
-            count ? stored.template trailing<hoard::ExtCommIp6Record>(count) : nullptr;
+            stored.template findTrailing<hoard::ExtCommIp6Record>(count);
+         if (records == nullptr || flags != storedSortedFlag) {
+            return false;
+         }
          list.expectedCommunityCountIs(count);
          for (U32 i = 0; i < count; ++i) {
             hoard::ExtCommIp6Record const record = records[i];
@@ -132,9 +136,10 @@ ExtCommIp6List::PtrConst ExtCommIp6List::dehoard(void const* data, hoard::StoreM
             comm->dedupStateIs(Zup::DedupState::detached);
             list.commIs(comm);
          }
-         if (flags & 1) {
-            list.sortComms();
+         if (!detail::ExtCommVectorStrictlyAscending(list.commVector())) {
+            return false;
          }
+         list.sortComms(); // sorted already; marks it so and counts
          list.dedupStateIs(Zup::DedupState::local);
          return true;
       });

@@ -79,9 +79,14 @@ class QORBGP_EXPORT ExtCommIp6List : public ExtCommListCore<ExtCommIp6List, ExtC
 
    /// Publishes the members' records and the sorted flag into the snapshot store.
    hoard::Location hoard(hoard::StoreWriter& writer) const;
+   /// The flags word of a stored list.
+   static constexpr U32 storedSortedFlag = 1;
    /// A private, never-interned copy of a stored list, its members restored as
-   /// detached plain values. Null when the store changed while it was read;
-   /// Kiv::RangeError for a location outside the store.
+   /// detached plain values. Null when the store changed while it was read or
+   /// the record does not hold (flags other than sorted, members out of order
+   /// or repeated, more of them than the segment has room for);
+   /// Kiv::RangeError for a location outside the store; hoard::StoreError
+   /// for a segment cut short since it was opened.
    static PtrConst dehoard(void const* data, hoard::StoreManager* store);
    /// The stream text, "[ <m1> <m2> ]".
    std::string toStrep() const;

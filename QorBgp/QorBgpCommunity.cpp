@@ -5,6 +5,7 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunity.h"
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
+#include "QorBgpCommunity/QorBgp/detail/DehoardList.h"
 #include "QorBgpCommunity/platform/Errors.h"
 #include "QorBgpCommunity/platform/Hash.h"
 #include "QorBgpCommunity/platform/Hoard.h"
@@ -300,10 +301,16 @@ std::ostream& operator<<(std::ostream& os, ExtComm const* comm) {
 std::ostream& operator<<(std::ostream& os, ExtComm const& comm) { return os << &comm; }
 
 ExtComm::PtrConst ExtComm::dehoard(void const* stored, hoard::StoreManager* store) {
+   store->checkIntact();
+   return detail::dehoardExtCommRecord(stored, store);
+}
+
+ExtComm::PtrConst detail::dehoardExtCommRecord(void const* stored, hoard::StoreManager* store) {
    hoard::ReaderPtr<hoard::ExtCommRecord> record(*store, hoard::Location::loadFrom(stored));
    auto const classification = static_cast<ExtCommClassification>(record->classification);
+   U32 const reserved = record->reserved;
    ExtCommContent const content(record->content);
-   if (!record.validateVersionAnchor() || !bgpIsValidEnumMember(classification)) {
+   if (!record.validateVersionAnchor() || !bgpIsValidEnumMember(classification) || reserved != 0) {
       return nullptr;
    }
    ExtComm::Ptr comm = extCommFactory(classification, content);

@@ -130,9 +130,10 @@ class QORBGP_EXPORT ExtComm : public Zup::DedupHandle {
    /// A plain value (never a typed kind) restored from the snapshot store:
    /// `stored` points at the stored location of an extended-community record.
    /// The value is detached: it is never entered in a table. Null when the
-   /// store changed while the record was read (read again) or the record's
-   /// classification is not one; Kiv::RangeError for a location outside the
-   /// store.
+   /// store changed while the record was read (read again) or the record
+   /// does not hold (a classification that is none, a reserved word not 0);
+   /// Kiv::RangeError for a location outside the store; hoard::StoreError
+   /// for a segment cut short since it was opened.
    static PtrConst dehoard(void const* stored, hoard::StoreManager* store);
 
    ExtCommClassification classification() const noexcept { return classification_; }

@@ -206,18 +206,30 @@ ExtCommList::PtrConst ExtCommList::dehoard(void const* data, hoard::StoreManager
       extCommListFactory(), data, store,
       [store](ExtCommList& list, hoard::ReaderPtr<hoard::ListRecord>& stored, U32 flags,
               U32 count) {
-         hoard::Location const* elements =
-            count ? stored.template trailing<hoard::Location>(count) : nullptr;
+         hoard::Location const* elements = stored.template findTrailing<hoard::Location>(count);
+         if (elements == nullptr || flags != CommVectorAttrs::sortedBit) {
+            return false;
+         }
          list.expectedCommunityCountIs(count);
          for (U32 i = 0; i < count; ++i) {
-            ExtComm::PtrConst comm = ExtComm::dehoard(&elements[i], store);
+            ExtComm::PtrConst comm = detail::dehoardExtCommRecord(&elements[i], store);
             if (!comm) {
                return false;
             }
             list.commIs(comm);
          }
-         list.commVectorSortedIs((flags & 1) != 0);
+         // Classifying sorts; a stored list must be sorted already.
+         if (!detail::ExtCommVectorStrictlyAscending(list.commVector())) {
+            return false;
+         }
          list.createClassificationListVector(false);
+         // Filled in order from the sorted values, each held once: readable
+         // as sorted lists, though never interned.
+         for (ExtCommClassificationList::PtrConst const& byClass : list.classificationLists_) {
+            if (byClass) {
+               const_cast<ExtCommClassificationList&>(*byClass).commVectorSortedIs(true);
+            }
+         }
          list.dedupStateIs(Zup::DedupState::local);
          return true;
       });

@@ -153,8 +153,11 @@ class QORBGP_EXPORT ExtCommList : public ExtCommListCore<ExtCommList, ExtCommFam
    hoard::Location hoard(hoard::StoreWriter& writer) const;
    /// A private copy of a stored list: values restored (detached), the
    /// classification lists built and marked local, the list itself local,
-   /// never interned. Null when the store changed while it was read;
-   /// Kiv::RangeError for a location outside the store.
+   /// never interned. Null when the store changed while it was read or the
+   /// record does not hold (flags other than sorted, values out of order or
+   /// repeated or unusable, more of them than the segment has room for);
+   /// Kiv::RangeError for a location outside the store; hoard::StoreError
+   /// for a segment cut short since it was opened.
    static PtrConst dehoard(void const* data, hoard::StoreManager* store);
 
    /// "[ <value> <value> ]" (see QorBgpCommunityListFormat.h).

@@ -26,15 +26,17 @@ typename List::PtrConst dehoardCommList(void const* data, hoard::StoreManager* s
    return detail::dehoardList(
       newList<List>(), data, store,
       [](List& list, hoard::ReaderPtr<hoard::ListRecord>& stored, U32 flags, U32 count) {
+         // Bounds-checked before anything is sized by the count.
+         Element const* elements = stored.template findTrailing<Element>(count);
+         if (elements == nullptr) {
+            return false;
+         }
          if (count != 0) {
-            // Translated (and so bounds-checked) before anything is sized by the count.
-            Element const* elements = stored.template trailing<Element>(count);
             auto& vector = *list.commVectorRawPtrNonConst();
             vector.resize(count);
             std::memcpy(vector.data(), elements, count * sizeof(Element));
          }
-         list.storedFlagsIs(flags);
-         return true;
+         return list.storedFlagsIs(flags);
       });
 }
 

@@ -88,9 +88,13 @@ LargeCommList::PtrConst LargeCommList::dedupValues(LargeCommListDedupTable const
    return list->dedup(table);
 }
 
-void LargeCommList::storedFlagsIs(U32 flags) noexcept {
-   commVectorSorted_ = (flags & storedSortedFlag) != 0;
+bool LargeCommList::storedFlagsIs(U32 flags) noexcept {
+   if (flags != storedSortedFlag || !detail::commVectorNormalized(commVector_)) {
+      return false;
+   }
+   commVectorSorted_ = true;
    cacheHash();
+   return true;
 }
 
 bool LargeCommList::comm(Acl::CommunityValue const& value) const noexcept {

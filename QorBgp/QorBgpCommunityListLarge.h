@@ -117,8 +117,10 @@ class QORBGP_EXPORT LargeCommList : public KivHoard::DedupHandle {
    /// The flags word of a stored list.
    static constexpr U32 storedSortedFlag = 1;
    U32 storedFlags() const noexcept { return commVectorSorted_ ? storedSortedFlag : 0; }
-   /// Restores the flags of a stored list whose elements are in place.
-   void storedFlagsIs(U32 flags) noexcept;
+   /// Marks a restored list, its elements in place, sorted when `flags` (the
+   /// stored word) is the sorted flag alone and the elements are strictly
+   /// ascending; otherwise false, and the list is to be dropped.
+   bool storedFlagsIs(U32 flags) noexcept;
    /// Publishes the list (flags word and elements) into the snapshot store.
    hoard::Location hoard(hoard::StoreWriter& writer) const;
    /// A private, never-interned copy of a stored list (see CommList::dehoard).

@@ -176,12 +176,17 @@ U32 CommList::storedFlags() const noexcept {
           (noExportSubconfed_ ? storedNoExportSubconfedFlag : 0);
 }
 
-void CommList::storedFlagsIs(U32 flags) noexcept {
-   commVectorSorted_ = (flags & storedSortedFlag) != 0;
-   noExport_ = (flags & storedNoExportFlag) != 0;
-   noAdvertise_ = (flags & storedNoAdvertiseFlag) != 0;
-   noExportSubconfed_ = (flags & storedNoExportSubconfedFlag) != 0;
+bool CommList::storedFlagsIs(U32 flags) noexcept {
+   if (!detail::commVectorNormalized(commVector_)) {
+      return false;
+   }
+   commVectorSorted_ = true;
+   noExport_ = comm(communityNoExport);
+   noAdvertise_ = comm(communityNoAdvertise);
+   noExportSubconfed_ = comm(communityNoExportSubconfed);
    cacheHash();
+   // Also refuses a word without the sorted flag or with unknown bits.
+   return storedFlags() == flags;
 }
 
 bool CommList::comm(U32 value) const noexcept {

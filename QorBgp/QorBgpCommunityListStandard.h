@@ -218,13 +218,19 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    static constexpr U32 storedNoAdvertiseFlag = 4;
    static constexpr U32 storedNoExportSubconfedFlag = 8;
    U32 storedFlags() const noexcept;
-   /// Restores the flags of a stored list whose elements are in place.
-   void storedFlagsIs(U32 flags) noexcept;
+   /// Sets the flags of a restored list from its elements, which are in
+   /// place, and tells whether `flags`, the stored word, says the same. False
+   /// for elements out of order or repeated, a word without the sorted flag
+   /// or with unknown bits, and cached flags the elements contradict; the
+   /// list is then to be dropped.
+   bool storedFlagsIs(U32 flags) noexcept;
    /// Publishes the list (flags word and elements) into the snapshot store.
    hoard::Location hoard(hoard::StoreWriter& writer) const;
    /// A private, never-interned copy of a list another process published:
    /// `data` points at its stored location. Null when the store changed while
-   /// it was read; Kiv::RangeError for a location outside the store.
+   /// it was read or the record does not hold (see storedFlagsIs, and a count
+   /// beyond the segment); Kiv::RangeError for a location outside the store;
+   /// StoreError for a segment cut short since it was opened.
    static PtrConst dehoard(void const* data, hoard::StoreManager* store);
 
    /// A new snapshot, notification on, holding every community with value

@@ -52,6 +52,14 @@ class MemoryFile {
       }
       return path_;
    }
+   // Cuts (or extends with zeros) the content to `size` bytes, under any
+   // mapping of it that is open.
+   void lengthIs(std::size_t size) {
+      if (ftruncate(fd_, static_cast<off_t>(size)) != 0) {
+         std::perror("memory file");
+         std::abort();
+      }
+   }
 
  private:
    int fd_;

@@ -207,6 +207,11 @@ void hoardSeeds(Lists const& lists) {
       seed.append(reinterpret_cast<char const*>(&offset), sizeof offset);
    }
    write("HoardFuzz", "lists", seed + segment);
+   // The same, its segment cut by 24 bytes once open (option 0x04).
+   seed[0] = 0x04;
+   U32 const cut = 24;
+   seed.append(reinterpret_cast<char const*>(&cut), sizeof cut);
+   write("HoardFuzz", "lists-cut", seed + segment);
 }
 
 void listSeeds() {

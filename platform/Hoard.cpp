@@ -5,6 +5,9 @@
 #include <boost/interprocess/mapped_region.hpp>
 #include <boost/interprocess/shared_memory_object.hpp>
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <new>
@@ -17,11 +20,15 @@ namespace hoard {
 
 namespace detail {
 
-// A mapped segment; the region stays mapped after its shared-memory object or
-// file handle is closed.
+// A mapped segment. A reader keeps its shared-memory object or file open so
+// that it can tell whether the object has shrunk since (the region itself
+// stays mapped either way).
 struct Mapping {
    std::string name;
    bip::mapped_region region;
+   bip::shared_memory_object shm;
+   bip::file_mapping file;
+   int descriptor = -1; ///< of shm or file; -1 when neither is open
 };
 
 // The first bytes of every segment. The anchor and root are the only fields
@@ -251,13 +258,14 @@ StoreManager StoreManager::openSharedMemory(std::string const& name) {
    mapping->name = name;
    U64 mapped = 0;
    try {
-      bip::shared_memory_object shm(bip::open_only, name.c_str(), bip::read_only);
+      mapping->shm = bip::shared_memory_object(bip::open_only, name.c_str(), bip::read_only);
+      mapping->descriptor = mapping->shm.get_mapping_handle().handle;
       bip::offset_t objectSize = 0;
-      shm.get_size(objectSize);
+      mapping->shm.get_size(objectSize);
       mapped = static_cast<U64>(objectSize);
       // An empty region cannot be mapped; the header check reports it.
       if (mapped >= headerSize) {
-         mapping->region = bip::mapped_region(shm, bip::read_only);
+         mapping->region = bip::mapped_region(mapping->shm, bip::read_only);
          mapped = mapping->region.get_size();
       }
    } catch (bip::interprocess_exception const& e) {
@@ -274,8 +282,9 @@ StoreManager StoreManager::openMappedFile(std::string const& path) {
    try {
       mapped = std::filesystem::file_size(path);
       if (mapped >= headerSize) {
-         bip::file_mapping fileMapping(path.c_str(), bip::read_only);
-         mapping->region = bip::mapped_region(fileMapping, bip::read_only);
+         mapping->file = bip::file_mapping(path.c_str(), bip::read_only);
+         mapping->descriptor = mapping->file.get_mapping_handle().handle;
+         mapping->region = bip::mapped_region(mapping->file, bip::read_only);
          mapped = mapping->region.get_size();
       }
    } catch (std::exception const& e) {
@@ -296,6 +305,19 @@ StoreManager::~StoreManager() = default;
 
 Location StoreManager::root() const noexcept {
    return Location(header_->root.load(std::memory_order_acquire));
+}
+
+void StoreManager::checkIntact() const {
+   struct stat status {};
+   if (fstat(mapping_->descriptor, &status) != 0) {
+      throw StoreError(segmentText(mapping_->name) + " cannot be checked: " +
+                       std::error_code(errno, std::generic_category()).message());
+   }
+   if (static_cast<U64>(status.st_size) < size_) {
+      throw StoreError(segmentText(mapping_->name) + " shrank to " +
+                       std::to_string(status.st_size) + " bytes below its " +
+                       std::to_string(size_) + "-byte size after it was opened");
+   }
 }
 
 U64 StoreManager::versionAnchor() const noexcept {

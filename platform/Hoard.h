@@ -270,6 +270,13 @@ class QORBGP_EXPORT StoreManager {
       throwBadLocation(at, count, size, alignment);
    }
 
+   /// StoreError when the segment's file or shared-memory object is now
+   /// shorter than size(): cut after it was mapped, so that reading the part
+   /// cut off would fault (SIGBUS) or see zeros. One fstat; restoring calls it
+   /// once before it reads. A cut made while a restore is under way is not
+   /// caught.
+   void checkIntact() const;
+
    /// The anchor as it is now (acquire): odd while the writer is in a change.
    U64 versionAnchor() const noexcept;
    /// Whether everything read since `anchor` was taken is consistent: the
@@ -295,6 +302,10 @@ struct QORBGP_EXPORT BlotAnchorTranslatorValidator {
    static void const* translate(StoreManager const& store, Location at, U64 count, U64 size,
                                 U64 alignment) {
       return store.translate(at, count, size, alignment);
+   }
+   static void const* find(StoreManager const& store, Location at, U64 count, U64 size,
+                           U64 alignment) noexcept {
+      return store.find(at, count, size, alignment);
    }
    static bool validate(StoreManager const& store, U64 anchor) noexcept {
       return store.versionAnchorUnchanged(anchor);
@@ -337,6 +348,13 @@ class ReaderPtr {
    E const* trailing(U64 count) const {
       return static_cast<E const*>(Validator::translate(*store_, Location(at_.offset() + sizeof(T)),
                                                         count, sizeof(E), alignof(E)));
+   }
+
+   /// As trailing, but null instead of the error.
+   template <StoredRecord E>
+   E const* findTrailing(U64 count) const noexcept {
+      return static_cast<E const*>(Validator::find(*store_, Location(at_.offset() + sizeof(T)),
+                                                   count, sizeof(E), alignof(E)));
    }
 
    /// True when the anchor is even and unchanged since construction, so that

@@ -46,6 +46,14 @@ std::span<T> sortUnique(std::span<T> values) noexcept {
       static_cast<std::size_t>(std::unique(values.begin(), values.end()) - values.begin()));
 }
 
+// Whether the vector is in the order commVectorNormalize leaves it: strictly
+// ascending, no element repeated.
+template <class T>
+bool commVectorNormalized(std::vector<T> const& comms) noexcept {
+   return std::adjacent_find(comms.begin(), comms.end(),
+                             [](T const& a, T const& b) { return !(a < b); }) == comms.end();
+}
+
 // Membership in a vector that commVectorNormalize has sorted.
 template <class T>
 bool commVectorHas(std::vector<T> const& comms, T const& value) noexcept {

@@ -83,6 +83,16 @@ void ExtCommVectorSort(Vector& vector) {
    trimCapacity(vector);
 }
 
+// Whether the vector is as ExtCommVectorSort leaves it: strictly ascending by
+// community().
+template <class Vector>
+bool ExtCommVectorStrictlyAscending(Vector const& vector) noexcept {
+   using Element = typename Vector::value_type;
+   return std::adjacent_find(vector.begin(), vector.end(), [](Element const& a, Element const& b) {
+             return !ExtCommSortFn(a, b);
+          }) == vector.end();
+}
+
 // The element whose community() equals `community`, or null. The vector must
 // be sorted (fatal "commVectorSorted" otherwise).
 template <class Vector, class Key>

@@ -151,12 +151,6 @@ TEST(ExtCommText, DiagnosticForm) {
    }
 }
 
-TEST(ExtCommText, SubtypeTextOfAPlainValueIsUnspecified) {
-   std::ostringstream os;
-   plain(rt65000_100)->formatSubtype(os);
-   EXPECT_EQ(os.str(), "unspecified");
-}
-
 TEST(ExtCommText, StreamOutputHandlesNullAndKeepsTheCallersFormat) {
    std::ostringstream os;
    ExtComm::PtrConst none;
@@ -186,17 +180,11 @@ TEST(ExtCommStrepFormat, RangeIsSixBits) {
    }
 }
 
-TEST(ExtCommStrepFormat, ReflectionTextAndItsMalformations) {
+TEST(ExtCommStrepFormat, ReflectionText) {
    EXPECT_EQ(StrepFormat(StrepFormat::flagUI | StrepFormat::flagLinkBwWeighted).valueToStrep(),
              "Value('Routing::Bgp::ExtComm::StrepFormat', ** {'strepFormatDefault': False, "
              "'strepFormatClassification': False, 'strepFormatUI': True, 'strepFormatJson': "
              "False, 'strepFormatAsdot': False, 'strepFormatLinkBwWeighted': True})");
-   std::string text = StrepFormat(1).valueToStrep();
-   for (std::string bad : {text.substr(1), text.substr(0, text.size() - 1),
-                           text.replace(text.find("True"), 4, "Yes")}) {
-      SCOPED_TRACE(bad);
-      EXPECT_THROW(StrepFormat::fromValueStrep(bad), Kiv::RangeError);
-   }
 }
 
 TEST(ExtCommDehoard, RestoresAPlainDetachedValue) {
@@ -205,6 +193,7 @@ TEST(ExtCommDehoard, RestoresAPlainDetachedValue) {
    hoard::Location rt =
       writer.publish(hoard::ExtCommRecord{extCommClassificationRouteTarget, 0, 0x0002fde800000064});
    hoard::Location bogus = writer.publish(hoard::ExtCommRecord{77, 0, 1});
+   hoard::Location reserved = writer.publish(hoard::ExtCommRecord{1, 1, 0x0002fde800000064});
    hoard::StoreManager store = segment.open();
 
    ExtComm::PtrConst restored = ExtComm::dehoard(&rt, &store);
@@ -216,8 +205,9 @@ TEST(ExtCommDehoard, RestoresAPlainDetachedValue) {
    EXPECT_FALSE(restored->isDeduped());
    EXPECT_TRUE(restored->hasNotificationActive());
 
-   // A classification that is none is a corrupt record.
+   // A classification that is none, or a reserved word set, is a corrupt record.
    EXPECT_FALSE(ExtComm::dehoard(&bogus, &store));
+   EXPECT_FALSE(ExtComm::dehoard(&reserved, &store));
 
    // A read while the writer is changing the store does not validate.
    writer.beginChange();

@@ -101,6 +101,8 @@ TEST(Hoard, LocationsOutsideTheSegmentAreRangeErrors) {
    // A corrupt element count cannot read past the segment.
    ReaderPtr<hoard::ListRecord> reader(store, list);
    EXPECT_THROW(reader.trailing<U32>(UINT32_MAX), Kiv::RangeError);
+   EXPECT_EQ(reader.findTrailing<U32>(UINT32_MAX), nullptr);
+   EXPECT_EQ(reader.findTrailing<U32>(2), reader.trailing<U32>(2));
 }
 
 void expectStoreError(std::function<void()> const& action, std::string const& text) {
@@ -217,16 +219,22 @@ TEST(Hoard, ASegmentWhoseWriterDiedBeforeItsHeaderIsRefused) {
    expectStoreError([&] { segment.open(); }, "bad magic number 0");
 }
 
+// Cut before it is opened, it does not open; cut after, the reader's check
+// before it reads says so (reading on would fault, SIGBUS).
 TEST(Hoard, ASegmentCutShortIsRefusedWhateverItsLength) {
    for (bool file : {false, true}) {
       SCOPED_TRACE(file ? "mapped file" : "shared memory");
       Segment segment(file);
       StoreWriter writer = segment.create(4096);
       writer.rootIs(writer.publishList<U32>(0, std::vector<U32>{1, 2, 3}));
+      StoreManager const store = segment.open();
+      store.checkIntact();
       for (U64 length : {U64{4095}, U64{1024}, headerSize, headerSize - 1, U64{1}, U64{0}}) {
          SCOPED_TRACE(length);
          segment.truncate(length);
          expectStoreError([&] { segment.open(); }, "is " + std::to_string(length) + " bytes");
+         expectStoreError([&] { store.checkIntact(); }, "shrank to " + std::to_string(length) +
+                                                           " bytes below its 4096-byte size");
       }
    }
 }
