@@ -89,6 +89,11 @@ LargeCommList::PtrConst LargeCommList::dedupValues(LargeCommListDedupTable const
 }
 
 bool LargeCommList::storedFlagsIs(U32 flags) noexcept {
+   if (commVector_.empty()) {
+      commVectorSorted_ = (flags & storedSortedFlag) != 0;
+      cacheHash();
+      return true;
+   }
    if (flags != storedSortedFlag || !detail::commVectorNormalized(commVector_)) {
       return false;
    }

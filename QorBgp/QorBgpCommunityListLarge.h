@@ -119,7 +119,8 @@ class QORBGP_EXPORT LargeCommList : public KivHoard::DedupHandle {
    U32 storedFlags() const noexcept { return commVectorSorted_ ? storedSortedFlag : 0; }
    /// Marks a restored list, its elements in place, sorted when `flags` (the
    /// stored word) is the sorted flag alone and the elements are strictly
-   /// ascending; otherwise false, and the list is to be dropped.
+   /// ascending; otherwise false, and the list is to be dropped. An empty list
+   /// takes the sorted flag as it is (as it was hoarded) and is never refused.
    bool storedFlagsIs(U32 flags) noexcept;
    /// Publishes the list (flags word and elements) into the snapshot store.
    hoard::Location hoard(hoard::StoreWriter& writer) const;

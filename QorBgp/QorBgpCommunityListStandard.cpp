@@ -177,6 +177,14 @@ U32 CommList::storedFlags() const noexcept {
 }
 
 bool CommList::storedFlagsIs(U32 flags) noexcept {
+   if (commVector_.empty()) {
+      commVectorSorted_ = (flags & storedSortedFlag) != 0;
+      noExport_ = (flags & storedNoExportFlag) != 0;
+      noAdvertise_ = (flags & storedNoAdvertiseFlag) != 0;
+      noExportSubconfed_ = (flags & storedNoExportSubconfedFlag) != 0;
+      cacheHash();
+      return true;
+   }
    if (!detail::commVectorNormalized(commVector_)) {
       return false;
    }

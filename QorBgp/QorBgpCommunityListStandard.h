@@ -222,7 +222,8 @@ class QORBGP_EXPORT CommList : public KivHoard::DedupHandle {
    /// place, and tells whether `flags`, the stored word, says the same. False
    /// for elements out of order or repeated, a word without the sorted flag
    /// or with unknown bits, and cached flags the elements contradict; the
-   /// list is then to be dropped.
+   /// list is then to be dropped. An empty list takes the word as it is
+   /// (sorted or not, as it was hoarded) and is never refused.
    bool storedFlagsIs(U32 flags) noexcept;
    /// Publishes the list (flags word and elements) into the snapshot store.
    hoard::Location hoard(hoard::StoreWriter& writer) const;

@@ -123,6 +123,9 @@ void readLists(List const& list) {
 
 void readStandard(CommList const& list) {
    std::vector<U32> const& values = *list.commVectorRawPtr();
+   if (values.empty()) {
+      return; // restored as it was hoarded, possibly while being built (unsorted)
+   }
    QORBGP_FUZZ_CHECK(list.commVectorSorted());
    QORBGP_FUZZ_CHECK(strictlyAscending(values, std::less<U32>()));
    for (U32 value : values) {
@@ -149,6 +152,9 @@ void readStandard(CommList const& list) {
 
 void readLarge(LargeCommList const& list) {
    auto const& values = *list.commVectorRawPtr();
+   if (values.empty()) {
+      return; // as for standard lists
+   }
    QORBGP_FUZZ_CHECK(list.commVectorSorted());
    QORBGP_FUZZ_CHECK(strictlyAscending(values, std::less<Acl::CommunityValue>()));
    for (Acl::CommunityValue const& value : values) {
