@@ -45,6 +45,18 @@ configure_and_build() {
    cmake --build "$2" -j "$(nproc)"
 }
 
+# fuzz_options <target>: libFuzzer options of a target beyond the common ones.
+# The MRT and decode targets take inputs as large as a whole BGP message in a
+# record (so that one record can announce thousands of paths) under a memory
+# limit; route-map patterns must match quickly.
+fuzz_options() {
+   case $1 in
+      MrtReaderFuzz) echo "-max_len=140000 -rss_limit_mb=1024" ;;
+      DecodeAttributeFuzz) echo "-max_len=70000 -rss_limit_mb=1024" ;;
+      RouteMapRegexFuzz) echo "-timeout=2 -rss_limit_mb=1024" ;;
+   esac
+}
+
 # run_fuzzers <seconds>: every fuzz target (one per folder of fuzz/corpus) for
 # that long, over a copy of its seed corpus under build/fuzz, so that the
 # inputs a run adds never land in the source tree. A crash stops the build,
@@ -57,7 +69,8 @@ run_fuzzers() {
       mkdir -p build/fuzz/corpus
       cp -r "$corpus" "build/fuzz/corpus/$target"
       echo "build.sh: fuzzing $target for ${seconds}s"
-      if ! "build/fuzz/fuzz/$target" -max_total_time="$seconds" -timeout=10 \
+      # shellcheck disable=SC2046 # the options are words
+      if ! "build/fuzz/fuzz/$target" -max_total_time="$seconds" -timeout=10 $(fuzz_options "$target") \
             -artifact_prefix="build/fuzz/crash-$target-" "build/fuzz/corpus/$target" \
             >"build/fuzz/$target.log" 2>&1; then
          tail -n 60 "build/fuzz/$target.log" >&2

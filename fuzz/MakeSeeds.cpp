@@ -112,7 +112,8 @@ void mrtSeeds(Lists const& lists) {
       Compression compression;
    };
    for (File const& f : {File{"rib", Compression::none}, File{"rib-gz", Compression::gzip},
-                         File{"rib-bz2", Compression::bzip2}, File{"updates", Compression::none}}) {
+                         File{"rib-bz2", Compression::bzip2}, File{"rib-xz", Compression::xz},
+                         File{"rib-zst", Compression::zstd}, File{"updates", Compression::none}}) {
       std::string error;
       fs::remove(scratch);
       auto writer = MrtWriter::create(scratch, f.compression, &error);

@@ -7,6 +7,7 @@
 // kMaxProblemsKept problems, never reads more of a plain file than it has,
 // and the reader stays at its end once there.
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
+#include "QorBgpCommunity/platform/QorBgpGlobals.h"
 #include "fuzz/FuzzSupport.h"
 #include "tools/mrt/MrtReader.h"
 
@@ -14,6 +15,13 @@
 
 using namespace QorBgpTools::mrt;
 using namespace Routing::Bgp;
+
+// The tables in their multi-threaded form (sharded, with atomic counts), as
+// the tool's stats uses them on several files.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+   QorBgpGlobals::multiThreadedIs(true);
+   return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
    static QorBgpFuzz::MemoryFile file;

@@ -19,7 +19,12 @@ namespace Routing::RouteMap {
 /// anywhere in the text unless anchored with ^ and $. Back-references
 /// (`\1` to `\9`, a C library extension to the extended syntax) are refused:
 /// the time to match them grows exponentially with the text, so one pattern
-/// could stall every route-map evaluation.
+/// could stall every route-map evaluation. So are a repetition of a repetition
+/// ("a+?", undefined in POSIX), a repetition of what holds an anchor
+/// ("(^| )+"; `_` holds two), and patterns whose repetitions would make the C
+/// library build an automaton of more than 16384 elements or 512 anchors:
+/// the library takes exponential memory or time for them, and no route-map
+/// pattern needs them.
 ///
 /// Immutable after construction and safe to match from several threads at
 /// once. Not copyable or movable; owned through Ptr like every framework

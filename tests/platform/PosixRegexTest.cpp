@@ -49,6 +49,11 @@ TEST(PosixRegex, BadPatternReportsTheCLibraryMessage) {
    EXPECT_EQ(PosixRegex::compile("(1)\\1").error,
              "bad regular expression '(1)\\1': back-references are not accepted");
    EXPECT_TRUE(PosixRegex::compile("[\\1]x\\.")); // a bracket's backslash, an escaped dot
+   for (char const* tooComplex : {"t+?", "((a{1,200}){1,200})", "(^|$| ){2}", "(1|^2)+"}) {
+      EXPECT_NE(PosixRegex::compile(tooComplex).error.find("too complex"), std::string::npos)
+         << tooComplex;
+   }
+   EXPECT_TRUE(PosixRegex::compile("^(65000|65001):[0-9]{1,5}( [0-9]+:[0-9]+)*$"));
 }
 
 TEST(PosixRegex, UnderscoreStandsForTheDelimiter) {
