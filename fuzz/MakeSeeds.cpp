@@ -113,14 +113,29 @@ void mrtSeeds(Lists const& lists) {
    };
    for (File const& f : {File{"rib", Compression::none}, File{"rib-gz", Compression::gzip},
                          File{"rib-bz2", Compression::bzip2}, File{"rib-xz", Compression::xz},
-                         File{"rib-zst", Compression::zstd}, File{"updates", Compression::none}}) {
+                         File{"rib-zst", Compression::zstd}, File{"updates", Compression::none},
+                         File{"updates-many", Compression::none}}) {
       std::string error;
       fs::remove(scratch);
       auto writer = MrtWriter::create(scratch, f.compression, &error);
       if (!writer) {
          throw std::runtime_error(error);
       }
-      if (f.name == "updates") {
+      if (f.name == "updates-many") {
+         // One message announcing many prefixes with many attributes: the
+         // shape of a record whose paths must share their attributes.
+         std::vector<Attribute> many = attributes;
+         for (U8 i = 0; i < 200; ++i) {
+            many.push_back({0x40, static_cast<U8>(99 + i % 100), {}});
+         }
+         std::vector<std::string> prefixes;
+         for (int i = 0; i < 1000; ++i) {
+            prefixes.push_back("10." + std::to_string(i / 256) + "." + std::to_string(i % 256) + ".0/24");
+         }
+         writer->bgp4mpUpdate({.timestamp = 2002, .peerAs = 64501, .localAs = 64502,
+                               .peerAddress = "192.0.2.1", .localAddress = "192.0.2.2",
+                               .attributes = many, .prefixes = prefixes});
+      } else if (f.name == "updates") {
          writer->bgp4mpUpdate({.timestamp = 2000, .peerAs = 64501, .localAs = 64502,
                                .peerAddress = "192.0.2.1", .localAddress = "192.0.2.2",
                                .attributes = rich, .prefixes = {"198.51.100.0/24"},
