@@ -57,9 +57,13 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
    } catch (Kiv::RangeError const&) {
    }
    try {
-      writer->bgp4mpUpdate({.timestamp = 4, .peerAs = 64500, .localAs = 64501,
-                            .peerAddress = peer, .localAddress = peer,
-                            .attributes = {communities}, .prefixes = {prefix}});
+      writer->bgp4mpUpdate({.timestamp = 4,
+                            .peerAs = 64500,
+                            .localAs = 64501,
+                            .peerAddress = peer,
+                            .localAddress = peer,
+                            .attributes = {communities},
+                            .prefixes = {prefix}});
       ++written;
    } catch (Kiv::RangeError const&) {
    }

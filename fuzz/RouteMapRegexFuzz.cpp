@@ -20,7 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
    std::string_view const input(reinterpret_cast<char const*>(data), size);
    std::size_t const nul = input.find('\0');
    std::string_view const pattern = input.substr(0, nul);
-   std::string const text(nul == std::string_view::npos ? std::string_view() : input.substr(nul + 1));
+   std::string const text(nul == std::string_view::npos ? std::string_view()
+                                                        : input.substr(nul + 1));
 
    PosixRegex::Compiled const compiled = PosixRegex::compile(PosixRegex::withDelimiters(pattern));
    if (!compiled) {

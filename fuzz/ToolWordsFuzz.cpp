@@ -82,13 +82,27 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
    }
    std::string_view const text(reinterpret_cast<char const*>(data) + 1, size - 1);
    switch (data[0] % 7) {
-   case 0: encode(*tables, CommunityKind::standard, text); break;
-   case 1: encode(*tables, CommunityKind::large, text); break;
-   case 2: encode(*tables, CommunityKind::extended, text); break;
-   case 3: encode(*tables, CommunityKind::ip6, text); break;
-   case 4: filter(text, &PathFilterOptions::prefix); break;
-   case 5: filter(text, &PathFilterOptions::peer); break;
-   default: filter(text, &PathFilterOptions::since); break;
+   case 0:
+      encode(*tables, CommunityKind::standard, text);
+      break;
+   case 1:
+      encode(*tables, CommunityKind::large, text);
+      break;
+   case 2:
+      encode(*tables, CommunityKind::extended, text);
+      break;
+   case 3:
+      encode(*tables, CommunityKind::ip6, text);
+      break;
+   case 4:
+      filter(text, &PathFilterOptions::prefix);
+      break;
+   case 5:
+      filter(text, &PathFilterOptions::peer);
+      break;
+   default:
+      filter(text, &PathFilterOptions::since);
+      break;
    }
    return 0;
 }

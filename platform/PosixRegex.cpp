@@ -32,7 +32,8 @@ void scanOutsideBrackets(std::string_view pattern, Visit visit, Escaped escaped)
       char const c = pattern[i];
       if (inBracket) {
          // "[]...]" and "[^]...]" hold a literal ']' first.
-         bool const first = pattern[i - 1] == '[' || (pattern[i - 1] == '^' && pattern[i - 2] == '[');
+         bool const first =
+            pattern[i - 1] == '[' || (pattern[i - 1] == '^' && pattern[i - 2] == '[');
          inBracket = c != ']' || first;
          visit(i, true);
       } else if (c == '\\' && i + 1 < pattern.size()) {
@@ -56,7 +57,9 @@ struct AutomatonSize {
    std::size_t elements = 0;
    std::size_t anchors = 0; // of the elements, "^" and "$"
 
-   bool tooLarge() const { return elements > maxAutomatonElements || anchors > maxAutomatonAnchors; }
+   bool tooLarge() const {
+      return elements > maxAutomatonElements || anchors > maxAutomatonAnchors;
+   }
    AutomatonSize& operator+=(AutomatonSize const& other) {
       elements = std::min(elements + other.elements, maxAutomatonElements + 1);
       anchors = std::min(anchors + other.anchors, maxAutomatonAnchors + 1);
@@ -116,9 +119,9 @@ AutomatonSize automatonSize(std::string_view pattern) {
             pattern.substr(i + 1, close == std::string_view::npos ? 0 : close - i - 1);
          std::size_t most = 0;
          for (char d : bounds) {
-            most = d >= '0' && d <= '9'
-                      ? std::min(most * 10 + static_cast<std::size_t>(d - '0'), maxAutomatonElements + 1)
-                      : std::max<std::size_t>(most, 1);
+            most = d >= '0' && d <= '9' ? std::min(most * 10 + static_cast<std::size_t>(d - '0'),
+                                                   maxAutomatonElements + 1)
+                                        : std::max<std::size_t>(most, 1);
          }
          copies = std::max<std::size_t>(most + (bounds.ends_with(',') ? 1 : 0), 1);
          i = close == std::string_view::npos ? pattern.size() : close;

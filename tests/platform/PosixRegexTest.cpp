@@ -78,7 +78,8 @@ TEST(PosixRegex, OneExpressionMatchesFromSeveralThreadsAtOnce) {
    for (int t = 0; t < 4; ++t) {
       threads.emplace_back([&] {
          for (int i = 0; i < 2000; ++i) {
-            wrong += regex.execute(std::string_view(i % 2 ? hit : miss)) != (i % 2 ? 0 : REG_NOMATCH);
+            wrong +=
+               regex.execute(std::string_view(i % 2 ? hit : miss)) != (i % 2 ? 0 : REG_NOMATCH);
          }
       });
    }

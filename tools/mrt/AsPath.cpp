@@ -86,14 +86,13 @@ std::optional<AsPath> AsPath::of(Path const& path) {
 std::string AsPath::text() const {
    std::string out;
    for (Segment const& segment : segments_) {
-      char const* brackets = segment.type == SegmentType::set           ? "{}"
+      char const* brackets = segment.type == SegmentType::set              ? "{}"
                              : segment.type == SegmentType::confedSequence ? "()"
                              : segment.type == SegmentType::confedSet      ? "[]"
-                                                                            : nullptr;
-      char const separator = segment.type == SegmentType::sequence ||
-                                   segment.type == SegmentType::confedSequence
-                                ? ' '
-                                : ',';
+                                                                           : nullptr;
+      char const separator =
+         segment.type == SegmentType::sequence || segment.type == SegmentType::confedSequence ? ' '
+                                                                                              : ',';
       if (!out.empty()) {
          out.push_back(' ');
       }

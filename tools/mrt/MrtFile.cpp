@@ -4,9 +4,9 @@
 
 #include <bzlib.h>
 #include <lzma.h>
-#include <zstd.h>
 #include <sys/stat.h>
 #include <zlib.h>
+#include <zstd.h>
 
 #include <array>
 #include <cerrno>
@@ -42,8 +42,10 @@ constexpr U8 kSevenZipMagic[] = {'7', 'z', 0xbc, 0xaf, 0x27, 0x1c};
 constexpr U8 kLz4Magic[] = {0x04, 0x22, 0x4d, 0x18};
 constexpr U8 kLzipMagic[] = {'L', 'Z', 'I', 'P'};
 constexpr U8 kCompressMagic[] = {0x1f, 0x9d};
-constexpr Unsupported kUnsupported[] = {{kZipMagic, "zip"},   {kSevenZipMagic, "7z"},
-                                        {kLz4Magic, "lz4"},   {kLzipMagic, "lzip"},
+constexpr Unsupported kUnsupported[] = {{kZipMagic, "zip"},
+                                        {kSevenZipMagic, "7z"},
+                                        {kLz4Magic, "lz4"},
+                                        {kLzipMagic, "lzip"},
                                         {kCompressMagic, "compress (.Z)"}};
 
 std::string systemError(char const* what, std::string const& path) {
@@ -239,9 +241,11 @@ class Bzip2Input final : public DecodingInput {
       bz_.next_out = reinterpret_cast<char*>(out.data());
       bz_.avail_out = static_cast<unsigned>(std::min<std::size_t>(out.size(), UINT_MAX));
       int code = BZ2_bzDecompress(&bz_);
-      bool progress = bz_.avail_in < in.size() || bz_.next_out != reinterpret_cast<char*>(out.data());
+      bool progress =
+         bz_.avail_in < in.size() || bz_.next_out != reinterpret_cast<char*>(out.data());
       in = in.subspan(in.size() - bz_.avail_in);
-      out = out.subspan(static_cast<std::size_t>(bz_.next_out - reinterpret_cast<char*>(out.data())));
+      out =
+         out.subspan(static_cast<std::size_t>(bz_.next_out - reinterpret_cast<char*>(out.data())));
       if (code == BZ_STREAM_END) {
          BZ2_bzDecompressEnd(&bz_);
          inStream_ = false;
@@ -463,9 +467,7 @@ class StreamOutput : public OutputFile {
    // Compresses `in` whole (and ends the stream when `finish`), passing each
    // output chunk to flush(); false on a compressor or write error.
    virtual bool pump(std::span<const U8> in, bool finish) = 0;
-   bool flush(std::size_t bytes) {
-      return std::fwrite(buffer_.data(), 1, bytes, file_) == bytes;
-   }
+   bool flush(std::size_t bytes) { return std::fwrite(buffer_.data(), 1, bytes, file_) == bytes; }
    std::vector<U8>& buffer() { return buffer_; }
 
  private:
@@ -519,7 +521,8 @@ class ZstdOutput final : public StreamOutput {
       ZSTD_inBuffer zin{in.data(), in.size(), 0};
       while (zs_) {
          ZSTD_outBuffer zout{buffer().data(), buffer().size(), 0};
-         std::size_t left = ZSTD_compressStream2(zs_, &zout, &zin, finish ? ZSTD_e_end : ZSTD_e_continue);
+         std::size_t left =
+            ZSTD_compressStream2(zs_, &zout, &zin, finish ? ZSTD_e_end : ZSTD_e_continue);
          if (ZSTD_isError(left) || !flush(zout.pos)) {
             return false;
          }
@@ -547,9 +550,8 @@ std::unique_ptr<InputFile> InputFile::open(std::string const& path, std::string*
    }
    struct stat info {};
    // Pipes and terminals have no size to show progress against.
-   U64 size = fstat(fileno(file), &info) == 0 && S_ISREG(info.st_mode)
-                 ? static_cast<U64>(info.st_size)
-                 : 0;
+   U64 size =
+      fstat(fileno(file), &info) == 0 && S_ISREG(info.st_mode) ? static_cast<U64>(info.st_size) : 0;
    auto raw = std::make_unique<RawInput>(file, !standardInput);
    raw->refill();
    if (raw->failed()) {

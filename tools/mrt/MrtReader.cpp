@@ -233,28 +233,50 @@ std::string familyName(U16 afi, U8 safi) {
    if (afi == detail::kAfiL2vpn && safi == detail::kSafiEvpn) {
       return "evpn";
    }
-   char const* family = afi == detail::kAfiIpv4 ? "ipv4" : afi == detail::kAfiIpv6 ? "ipv6" : nullptr;
+   char const* family = afi == detail::kAfiIpv4   ? "ipv4"
+                        : afi == detail::kAfiIpv6 ? "ipv6"
+                                                  : nullptr;
    char const* kind = nullptr;
    switch (safi) {
-   case detail::kSafiUnicast: kind = "unicast"; break;
-   case detail::kSafiMulticast: kind = "multicast"; break;
-   case detail::kSafiLabeled: kind = "labeled unicast"; break;
-   case detail::kSafiVpn: kind = "vpn"; break;
-   case detail::kSafiVpnMulticast: kind = "vpn multicast"; break;
-   case detail::kSafiFlowspec: kind = "flowspec"; break;
-   case detail::kSafiFlowspecVpn: kind = "vpn flowspec"; break;
-   default: break;
+   case detail::kSafiUnicast:
+      kind = "unicast";
+      break;
+   case detail::kSafiMulticast:
+      kind = "multicast";
+      break;
+   case detail::kSafiLabeled:
+      kind = "labeled unicast";
+      break;
+   case detail::kSafiVpn:
+      kind = "vpn";
+      break;
+   case detail::kSafiVpnMulticast:
+      kind = "vpn multicast";
+      break;
+   case detail::kSafiFlowspec:
+      kind = "flowspec";
+      break;
+   case detail::kSafiFlowspecVpn:
+      kind = "vpn flowspec";
+      break;
+   default:
+      break;
    }
    return family && kind ? cat(family, " ", kind) : cat("afi ", afi, " safi ", safi);
 }
 
 std::string recordTypeName(U16 type) {
    switch (type) {
-   case detail::kTableDump: return "TABLE_DUMP";
-   case detail::kTableDumpV2: return "TABLE_DUMP_V2";
-   case detail::kBgp4mp: return "BGP4MP";
-   case detail::kBgp4mpEt: return "BGP4MP_ET";
-   default: return cat("type ", type);
+   case detail::kTableDump:
+      return "TABLE_DUMP";
+   case detail::kTableDumpV2:
+      return "TABLE_DUMP_V2";
+   case detail::kBgp4mp:
+      return "BGP4MP";
+   case detail::kBgp4mpEt:
+      return "BGP4MP_ET";
+   default:
+      return cat("type ", type);
    }
 }
 
@@ -398,18 +420,19 @@ bool MrtReader::Impl::readRecord() {
    if (offset == 0 && !detail::isMrtHeader(type, subtype)) {
       // Text, HTML or some other format: every "record" would be garbage.
       ++report_.skippedRecords;
-      problem(offset, cat("not an MRT file (the first record's type would be ", type,
-                          " subtype ", subtype, ")"));
+      problem(offset, cat("not an MRT file (the first record's type would be ", type, " subtype ",
+                          subtype, ")"));
       end();
       return false;
    }
    if (!detail::isMrtHeader(type, subtype)) {
-      return resync(offset, header, cat("damaged record header (type ", type, " subtype ",
-                                        subtype, ")"));
+      return resync(offset, header,
+                    cat("damaged record header (type ", type, " subtype ", subtype, ")"));
    }
    if (length > kMaxRecordBytes) {
-      return resync(offset, header, cat(recordName(type, subtype), ": length ", length,
-                                        " over the limit of ", kMaxRecordBytes));
+      return resync(offset, header,
+                    cat(recordName(type, subtype), ": length ", length, " over the limit of ",
+                        kMaxRecordBytes));
    }
    if (!readBody(length)) {
       ++report_.skippedRecords;
@@ -500,9 +523,10 @@ bool MrtReader::Impl::resync(U64 offset, std::span<const U8> header, std::string
       if (plausibleHeader(candidate)) {
          U32 const length = SpanReader(candidate.subspan(8)).u32();
          std::size_t const next = detail::kMrtHeaderBytes + length;
-         bool const followed = peek(next + detail::kMrtHeaderBytes)
-                                  ? plausibleHeader(lookAhead().subspan(next).first(detail::kMrtHeaderBytes))
-                                  : lookAhead().size() == next;
+         bool const followed =
+            peek(next + detail::kMrtHeaderBytes)
+               ? plausibleHeader(lookAhead().subspan(next).first(detail::kMrtHeaderBytes))
+               : lookAhead().size() == next;
          if (followed) {
             report_.skippedBytes += skipped;
             problem(offset, cat(what, "; skipped ", skipped, " bytes to the next record"));
@@ -760,7 +784,8 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
             path.afi = afi;
             path.safi = safi;
             path.fourOctetAs = kind->as4;
-            ok = readNlri(block, route.family, route.form, addPath, path.prefix, path.pathId, error_);
+            ok =
+               readNlri(block, route.family, route.form, addPath, path.prefix, path.pathId, error_);
          }
          if (ok) {
             return true;

@@ -75,9 +75,10 @@ struct Path {
    // EVPN and flowspec routes (BGP4MP only) are given by their NLRI in hex:
    // "evpn:<route type>:<hex of the route>", "flowspec:<hex of the components>".
    std::string prefix;
-   std::optional<U32> pathId;         // set for ADD-PATH records only
+   std::optional<U32> pathId; // set for ADD-PATH records only
    Attributes attributes;
-   U16 recordType = 13; // the MRT record's type: 12 TABLE_DUMP, 13 TABLE_DUMP_V2, 16 BGP4MP, 17 BGP4MP_ET
+   // The MRT record's type: 12 TABLE_DUMP, 13 TABLE_DUMP_V2, 16 BGP4MP, 17 BGP4MP_ET.
+   U16 recordType = 13;
    // The route's address family: AFI 1 IPv4, 2 IPv6, 25 L2VPN; SAFI 1
    // unicast, 2 multicast, 4 labeled, 70 EVPN, 128 VPN, 129 VPN multicast,
    // 133 flowspec, 134 VPN flowspec.
@@ -136,9 +137,10 @@ struct Report {
 // framed: a damaged record is reported and skipped as a whole (none of its
 // paths are returned), and reading resumes after it using the record's
 // length field; a damaged header (unknown type, length over the limit) is
-// skipped byte by byte to the next plausible record (see skippedBytes). Reading ends at the end of the data, at a record header cut
-// off by it, or where the compressed stream is damaged; the last two are
-// reported as problems too.
+// skipped byte by byte to the next plausible record (see skippedBytes).
+// Reading ends at the end of the data, at a record header cut off by it, or
+// where the compressed stream is damaged; the last two are reported as
+// problems too.
 //
 // NOTE: some routers log ADD-PATH sessions under the plain BGP4MP message
 // subtypes; an NLRI block that does not decode plainly is decoded with path

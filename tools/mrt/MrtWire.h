@@ -37,7 +37,11 @@ constexpr bool isMrtHeader(U16 type, U16 subtype) {
    case kBgp4mp:
    case kBgp4mpEt:
       return subtype <= 11;
-   case 11: case 32: case 33: case 48: case 49:
+   case 11:
+   case 32:
+   case 33:
+   case 48:
+   case 49:
       return true;
    default:
       return false;

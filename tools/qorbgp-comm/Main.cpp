@@ -46,7 +46,10 @@ int main(int argc, char** argv) {
    auto* statsCommand = app.add_subcommand(
       "stats", "Read MRT files and report paths, attributes, distinct values and lists, sharing, "
                "memory, the top communities and malformed attributes");
-   statsCommand->add_option("FILE", stats.files, "MRT files (plain, gzip, bzip2, xz or zstd; - for standard input)")->required();
+   statsCommand
+      ->add_option("FILE", stats.files,
+                   "MRT files (plain, gzip, bzip2, xz or zstd; - for standard input)")
+      ->required();
    statsCommand->add_flag("--json", stats.json, "Machine-readable output");
    statsCommand->add_option("--top", stats.top, "How many top communities to list")
       ->capture_default_str()
@@ -60,7 +63,9 @@ int main(int argc, char** argv) {
    ShowOptions show;
    auto* showCommand =
       app.add_subcommand("show", "Print each path's community lists in their show text");
-   showCommand->add_option("FILE", show.files, "MRT files, read one after the other (- for standard input)")->required();
+   showCommand
+      ->add_option("FILE", show.files, "MRT files, read one after the other (- for standard input)")
+      ->required();
    addFilterOptions(showCommand, show.filter);
    showCommand->add_flag("--asdot", show.asdot, "AS numbers of 65536 and above in asdot form");
    showCommand->add_flag("--json", show.json, "One JSON object per path, one per line");
@@ -76,7 +81,9 @@ int main(int argc, char** argv) {
                    "Route-map regular expression; _ matches the start, the end or a space, "
                    "e.g. _3356:666_")
       ->required();
-   matchCommand->add_option("FILE", match.files, "MRT files, read one after the other (- for standard input)")
+   matchCommand
+      ->add_option("FILE", match.files,
+                   "MRT files, read one after the other (- for standard input)")
       ->required();
    matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
    matchCommand
@@ -98,11 +105,12 @@ int main(int argc, char** argv) {
    EncodeOptions encode;
    auto* encodeCommand =
       app.add_subcommand("encode", "Encode communities given as text into their attribute, in hex");
-   encodeCommand->add_option("TEXT", encode.text,
-                             "Any text decode and show print, e.g. standard: \"65000:100 no-export\"; "
-                             "large: \"65000:1:2\"; extended: \"Route-Target-AS:65000:100 "
-                             "Color:CO(00):100\" (or RT:65000:100 SoO:192.0.2.1:5 "
-                             "0x030b000000000064); ipv6: \"0002-IP6:2001:db8::1:100\"")
+   encodeCommand
+      ->add_option("TEXT", encode.text,
+                   "Any text decode and show print, e.g. standard: \"65000:100 no-export\"; "
+                   "large: \"65000:1:2\"; extended: \"Route-Target-AS:65000:100 "
+                   "Color:CO(00):100\" (or RT:65000:100 SoO:192.0.2.1:5 "
+                   "0x030b000000000064); ipv6: \"0002-IP6:2001:db8::1:100\"")
       ->required();
    encodeCommand->add_option("--kind", encode.kind, "standard, large, extended or ipv6")
       ->default_str("standard")
@@ -112,7 +120,8 @@ int main(int argc, char** argv) {
    auto* synthCommand = app.add_subcommand(
       "synth", "Write a synthetic MRT RIB dump: many paths sharing a few thousand distinct "
                "standard, large and extended community lists");
-   synthCommand->add_option("FILE", synth.file, "Output file (.gz, .bz2, .xz or .zst to compress)")->required();
+   synthCommand->add_option("FILE", synth.file, "Output file (.gz, .bz2, .xz or .zst to compress)")
+      ->required();
    // The limits keep every prefix in IPv4 unicast space and every peer index
    // in its 16 bits; negative numbers fall outside them too.
    synthCommand->add_option("--paths", synth.paths, "Number of paths")
@@ -129,8 +138,10 @@ int main(int argc, char** argv) {
    // CLI11 would only say that a subcommand is required.
    if (argc > 1 && argv[1][0] != '-' &&
        app.get_subcommands([&](CLI::App* s) { return s->get_name() == argv[1]; }).empty()) {
-      std::fprintf(stderr, "qorbgp-comm: unknown subcommand '%s'\nRun with --help for more "
-                           "information.\n", argv[1]);
+      std::fprintf(stderr,
+                   "qorbgp-comm: unknown subcommand '%s'\nRun with --help for more "
+                   "information.\n",
+                   argv[1]);
       return usageErrorStatus;
    }
    try {

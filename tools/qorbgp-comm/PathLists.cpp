@@ -75,8 +75,8 @@ std::string extendedText(ExtCommList const* list, bool asdot) {
 }
 
 std::string ip6ValueText(ExtCommIp6 const& comm) {
-   return comm.toStrepForPolicy(ExtCommIp6::StrepFormat(ExtCommIp6::StrepFormat::flagClassification |
-                                                        ExtCommIp6::StrepFormat::flagUI));
+   return comm.toStrepForPolicy(ExtCommIp6::StrepFormat(
+      ExtCommIp6::StrepFormat::flagClassification | ExtCommIp6::StrepFormat::flagUI));
 }
 
 std::string ip6Text(ExtCommIp6List const* list) {
@@ -87,24 +87,37 @@ std::string ip6Text(ExtCommIp6List const* list) {
 
 std::string kindLabel(ExtCommClassification kind) {
    switch (kind) {
-   case extCommClassificationRouteTarget: return "route target";
-   case extCommClassificationRouteOrigin: return "route origin";
-   case extCommClassificationEvpn: return "EVPN";
-   case extCommClassificationTunnelEncap: return "tunnel encapsulation";
-   case extCommClassificationDefaultGateway: return "default gateway";
-   case extCommClassificationFlowspec: return "flowspec";
-   case extCommClassificationLinkBandwidth: return "link bandwidth";
-   case extCommClassificationColor: return "color";
-   case extCommClassificationOriginValidationState: return "origin validation state";
-   default: return "other";
+   case extCommClassificationRouteTarget:
+      return "route target";
+   case extCommClassificationRouteOrigin:
+      return "route origin";
+   case extCommClassificationEvpn:
+      return "EVPN";
+   case extCommClassificationTunnelEncap:
+      return "tunnel encapsulation";
+   case extCommClassificationDefaultGateway:
+      return "default gateway";
+   case extCommClassificationFlowspec:
+      return "flowspec";
+   case extCommClassificationLinkBandwidth:
+      return "link bandwidth";
+   case extCommClassificationColor:
+      return "color";
+   case extCommClassificationOriginValidationState:
+      return "origin validation state";
+   default:
+      return "other";
    }
 }
 
 std::string statusLabel(CommunityDecodeStatus status) {
    switch (status) {
-   case communityDecodeOk: return "ok";
-   case communityDecodeMalformed: return "malformed";
-   default: return "not a community attribute";
+   case communityDecodeOk:
+      return "ok";
+   case communityDecodeMalformed:
+      return "malformed";
+   default:
+      return "not a community attribute";
    }
 }
 

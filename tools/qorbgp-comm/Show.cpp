@@ -32,12 +32,12 @@ std::string utcText(U32 seconds) {
 
 nlohmann::ordered_json pathJson(mrt::Path const& path, PathLists const& lists, bool asdot) {
    nlohmann::ordered_json out{{"timestamp", path.timestamp},
-                      {"time", utcText(path.timestamp)},
-                      {"recordType", mrt::recordTypeName(path.recordType)},
-                      {"family", mrt::familyName(path.afi, path.safi)},
-                      {"prefix", path.prefix},
-                      {"peer", path.peerAddress},
-                      {"peerAs", path.peerAs}};
+                              {"time", utcText(path.timestamp)},
+                              {"recordType", mrt::recordTypeName(path.recordType)},
+                              {"family", mrt::familyName(path.afi, path.safi)},
+                              {"prefix", path.prefix},
+                              {"peer", path.peerAddress},
+                              {"peerAs", path.peerAs}};
    if (path.pathId) {
       out["pathId"] = *path.pathId;
    }
@@ -161,8 +161,8 @@ int runShow(ShowOptions const& options) {
       return 2;
    }
    std::size_t shown = 0;
-   bool const whole =
-      forEachPath(options.files, "show", *filter, [&](mrt::Path const& path, PathLists const& lists) {
+   bool const whole = forEachPath(
+      options.files, "show", *filter, [&](mrt::Path const& path, PathLists const& lists) {
          if (options.json) {
             std::cout << jsonText(pathJson(path, lists, options.asdot)) << '\n';
          } else {
@@ -178,7 +178,8 @@ int runMatch(MatchOptions const& options) {
    if (!filter) {
       return 2;
    }
-   auto compiled = Routing::RouteMap::PosixRegex::compile(Routing::RouteMap::PosixRegex::withDelimiters(options.regex));
+   auto compiled = Routing::RouteMap::PosixRegex::compile(
+      Routing::RouteMap::PosixRegex::withDelimiters(options.regex));
    if (!compiled) {
       std::cerr << "qorbgp-comm match: " << compiled.error << '\n';
       return 2;
@@ -187,12 +188,12 @@ int runMatch(MatchOptions const& options) {
       return options.kinds.empty() ||
              std::find(options.kinds.begin(), options.kinds.end(), kind) != options.kinds.end();
    };
-   bool const standard = wanted("standard"), large = wanted("large"),
-              extended = wanted("extended"), ip6 = wanted("ipv6");
+   bool const standard = wanted("standard"), large = wanted("large"), extended = wanted("extended"),
+              ip6 = wanted("ipv6");
    Routing::RouteMap::PosixRegex const* regex = compiled.regex.get();
    U64 matches = 0;
-   bool const whole =
-      forEachPath(options.files, "match", *filter, [&](mrt::Path const& path, PathLists const& lists) {
+   bool const whole = forEachPath(
+      options.files, "match", *filter, [&](mrt::Path const& path, PathLists const& lists) {
          bool const matched =
             (standard && lists.standard && lists.standard->matchCommunitiesRegex(regex)) ||
             (large && lists.large && lists.large->matchCommunitiesRegex(regex)) ||

@@ -261,7 +261,8 @@ int runStats(StatsOptions const& options) {
          all.insert(all.end(), list->commVectorRawPtr()->begin(), list->commVectorRawPtr()->end());
       }
       std::sort(all.begin(), all.end());
-      distinctLargeValues = static_cast<std::size_t>(std::unique(all.begin(), all.end()) - all.begin());
+      distinctLargeValues =
+         static_cast<std::size_t>(std::unique(all.begin(), all.end()) - all.begin());
    }
    std::size_t const heapHeld = heapInUse() - std::min(heapInUse(), heapBefore);
 
@@ -315,14 +316,13 @@ int runStats(StatsOptions const& options) {
 
    std::cout << std::fixed << std::setprecision(1);
    std::cout << "paths read        " << totals.paths << "  (" << seconds << " s, "
-             << std::setprecision(0) << (seconds > 0 ? totals.paths / seconds : 0)
-             << " paths/s, " << threads << (threads == 1 ? " thread" : " threads") << ")\n";
+             << std::setprecision(0) << (seconds > 0 ? totals.paths / seconds : 0) << " paths/s, "
+             << threads << (threads == 1 ? " thread" : " threads") << ")\n";
    for (auto const& [family, n] : totals.families) {
-      std::cout << "  " << std::left << std::setw(16) << mrt::familyName(family.first, family.second)
-                << std::right << n << '\n';
+      std::cout << "  " << std::left << std::setw(16)
+                << mrt::familyName(family.first, family.second) << std::right << n << '\n';
    }
-   std::cout << '\n'
-             << std::setprecision(1);
+   std::cout << '\n' << std::setprecision(1);
    std::cout << std::left << std::setw(15) << "kind" << std::right << std::setw(12) << "attributes"
              << std::setw(16) << "distinct lists" << std::setw(17) << "distinct values"
              << std::setw(16) << "paths per list" << '\n';
@@ -342,11 +342,12 @@ int runStats(StatsOptions const& options) {
    if (!extendedByKind.empty()) {
       std::cout << "\nextended communities by kind (occurrences):\n";
       for (auto const& [kind, n] : extendedByKind) {
-         std::cout << "  " << std::left << std::setw(44) << kind << std::right << std::setw(10)
-                   << n << '\n';
+         std::cout << "  " << std::left << std::setw(44) << kind << std::right << std::setw(10) << n
+                   << '\n';
       }
    }
-   std::cout << "\nmalformed community attributes (treat as withdraw): " << totals.malformed << '\n';
+   std::cout << "\nmalformed community attributes (treat as withdraw): " << totals.malformed
+             << '\n';
    for (auto const& [reason, n] : totals.malformedReasons) {
       std::cout << "  " << n << " x " << reason << '\n';
    }

@@ -58,11 +58,20 @@ Pools makePools(unsigned lists, std::mt19937& random) {
       for (U32 n = 1 + random() % 5; n > 0; --n) {
          U64 word;
          switch (random() % 6) {
-         case 0: word = 0x0003000000000000ull | U64{64496 + random() % 16} << 32 | random() % 50; break;
-         case 1: word = 0x030b000000000000ull | random() % 200; break;
-         case 2: word = 0x4004000000000000ull | U64{64496 + random() % 16} << 32 | 0x4e9502f9; break;
-         case 3: word = 0x4300000000000000ull | random() % 3; break;
-         default: word = 0x0002000000000000ull | U64{64496 + random() % 16} << 32 | random() % 500;
+         case 0:
+            word = 0x0003000000000000ull | U64{64496 + random() % 16} << 32 | random() % 50;
+            break;
+         case 1:
+            word = 0x030b000000000000ull | random() % 200;
+            break;
+         case 2:
+            word = 0x4004000000000000ull | U64{64496 + random() % 16} << 32 | 0x4e9502f9;
+            break;
+         case 3:
+            word = 0x4300000000000000ull | random() % 3;
+            break;
+         default:
+            word = 0x0002000000000000ull | U64{64496 + random() % 16} << 32 | random() % 500;
          }
          putU32(value, static_cast<U32>(word >> 32));
          putU32(value, static_cast<U32>(word));
@@ -109,7 +118,8 @@ int runSynth(SynthOptions const& options) {
    unsigned const peerCount = std::max(1u, options.peers);
    std::vector<mrt::Peer> peers;
    for (unsigned i = 0; i < peerCount; ++i) {
-      peers.push_back({0x0a000001 + i, "10.0." + std::to_string(i / 250) + "." + std::to_string(i % 250 + 1),
+      peers.push_back({0x0a000001 + i,
+                       "10.0." + std::to_string(i / 250) + "." + std::to_string(i % 250 + 1),
                        64496 + i});
    }
    writer->peerIndexTable(timestamp, 0x0a0000fe, "synth", peers);
@@ -122,14 +132,15 @@ int runSynth(SynthOptions const& options) {
          progress.update(written, written);
       }
       U32 const net = 0x01000000 + (sequence << 8); // 1.0.0.0/24, 1.0.1.0/24, ...
-      std::string const prefix = std::to_string(net >> 24) + "." + std::to_string((net >> 16) & 255) +
-                                 "." + std::to_string((net >> 8) & 255) + ".0/24";
+      std::string const prefix = std::to_string(net >> 24) + "." +
+                                 std::to_string((net >> 16) & 255) + "." +
+                                 std::to_string((net >> 8) & 255) + ".0/24";
       std::vector<mrt::RibEntry> entries;
       for (unsigned e = 0; e < entriesPerPrefix && written < options.paths; ++e, ++written) {
          U16 const peerIndex = static_cast<U16>((sequence + e) % peerCount);
          mrt::RibEntry entry{peerIndex, timestamp, std::nullopt, {}};
          entry.attributes.push_back({transitiveFlags, 1, {0}}); // ORIGIN IGP
-         std::vector<U8> asPath{2, 2};                        // AS_SEQUENCE of two
+         std::vector<U8> asPath{2, 2};                          // AS_SEQUENCE of two
          putU32(asPath, peers[peerIndex].as);
          putU32(asPath, 65000 + sequence % 1000);
          entry.attributes.push_back({transitiveFlags, 2, asPath});
@@ -143,8 +154,8 @@ int runSynth(SynthOptions const& options) {
                {optionalTransitiveFlags, 32, pools.large[skewed(pools.large.size(), random)]});
          }
          if (random() % 10 < 2) {
-            entry.attributes.push_back(
-               {optionalTransitiveFlags, 16, pools.extended[skewed(pools.extended.size(), random)]});
+            entry.attributes.push_back({optionalTransitiveFlags, 16,
+                                        pools.extended[skewed(pools.extended.size(), random)]});
          }
          entries.push_back(std::move(entry));
       }

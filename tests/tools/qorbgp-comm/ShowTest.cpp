@@ -104,13 +104,21 @@ class QorBgpCommFilters : public ToolTest {
          std::vector<U8> asPath;
          mrt::Attribute communities;
       } const routes[] = {
-         {"192.0.2.0/24", 0, {2, 3, 0, 0, 0xfd, 0xe9, 0, 0, 0x0d, 0x1c, 0, 0, 0xfb, 0xf4},
+         {"192.0.2.0/24",
+          0,
+          {2, 3, 0, 0, 0xfd, 0xe9, 0, 0, 0x0d, 0x1c, 0, 0, 0xfb, 0xf4},
           {0xc0, 8, {0x0d, 0x1c, 0x02, 0x9a}}}, // 65001 3356 64500; 3356:666
-         {"192.0.2.128/25", 1, {2, 2, 0, 0, 0xfd, 0xea, 0, 0, 0xfb, 0xf5},
+         {"192.0.2.128/25",
+          1,
+          {2, 2, 0, 0, 0xfd, 0xea, 0, 0, 0xfb, 0xf5},
           {0xc0, 32, {0, 0, 0x0d, 0x1c, 0, 0, 0x02, 0x9a, 0, 0, 0, 1}}}, // 65002 64501; 3356:666:1
-         {"192.0.0.0/16", 0, {2, 1, 0, 0, 0xfd, 0xe9, 1, 1, 0, 0, 0xfb, 0xf6},
+         {"192.0.0.0/16",
+          0,
+          {2, 1, 0, 0, 0xfd, 0xe9, 1, 1, 0, 0, 0xfb, 0xf6},
           {0xc0, 8, {0x0d, 0x1c, 0x1a, 0x04}}}, // 65001 {64502}; 3356:6660
-         {"2001:db8:1::/48", 1, {2, 1, 0, 0, 0xfb, 0xf4},
+         {"2001:db8:1::/48",
+          1,
+          {2, 1, 0, 0, 0xfb, 0xf4},
           {0xc0, 16, {0x00, 0x02, 0x0d, 0x1c, 0x00, 0x00, 0x02, 0x9a}}}, // 64500; RT 3356:666
       };
       U32 time = 1700000000;
@@ -129,7 +137,8 @@ class QorBgpCommFilters : public ToolTest {
       std::string prefixes;
       std::istringstream lines(outcome.out);
       for (std::string line; std::getline(lines, line);) {
-         prefixes += (prefixes.empty() ? "" : " ") + nlohmann::json::parse(line)["prefix"].get<std::string>();
+         prefixes += (prefixes.empty() ? "" : " ") +
+                     nlohmann::json::parse(line)["prefix"].get<std::string>();
       }
       return prefixes;
    }
@@ -164,11 +173,11 @@ TEST_F(QorBgpCommFilters, JsonCarriesWhereAndWhenEachPathCameFrom) {
 TEST_F(QorBgpCommFilters, MatchTakesDelimitersKindsAndAnswersAsGrep) {
    auto matched = [&](std::string const& arguments) {
       Outcome const outcome = run("match " + arguments + " " + rib());
-      return std::pair(outcome.status, static_cast<int>(std::count(outcome.out.begin(),
-                                                                    outcome.out.end(), '\n')) /
-                                          2); // a header line and one list line per path
+      return std::pair(outcome.status,
+                       static_cast<int>(std::count(outcome.out.begin(), outcome.out.end(), '\n')) /
+                          2); // a header line and one list line per path
    };
-   EXPECT_EQ(matched("3356:666"), std::pair(0, 4)); // a part of every list's text
+   EXPECT_EQ(matched("3356:666"), std::pair(0, 4));   // a part of every list's text
    EXPECT_EQ(matched("_3356:666_"), std::pair(0, 2)); // standard, and the route target ("3356:666")
    EXPECT_EQ(matched("--kind large _3356:666:1_"), std::pair(0, 1));
    EXPECT_EQ(matched("--kind large _3356:666_"), std::pair(1, 0));
