@@ -21,26 +21,32 @@ std::string compileError(std::string_view pattern, std::string_view reason) {
    return error;
 }
 
-// Calls `visit(i)` for each character of `pattern` outside bracket
-// expressions that is not escaped, and `escaped(i)` for each backslash there
-// and the character it escapes (at i + 1); a backslash in a bracket
-// expression is an ordinary character.
+// The index of the ']' closing the bracket expression opened at `open`
+// ("[]...]" and "[^]...]" hold a literal ']' first), or the last index of an
+// unclosed one.
+std::size_t bracketEnd(std::string_view pattern, std::size_t open) {
+   std::size_t first = open + 1;
+   first += first < pattern.size() && pattern[first] == '^';
+   first += first < pattern.size() && pattern[first] == ']';
+   return std::min(pattern.find(']', first), pattern.size() - 1);
+}
+
+// Calls `visit(i, inBracket)` for each character of `pattern` that is not
+// escaped (`inBracket`: inside a bracket expression, its brackets aside), and
+// `escaped(i)` for each backslash outside brackets and the character it
+// escapes (at i + 1); in a bracket expression a backslash is ordinary.
 template <class Visit, class Escaped>
 void scanOutsideBrackets(std::string_view pattern, Visit visit, Escaped escaped) {
-   bool inBracket = false;
    for (std::size_t i = 0; i < pattern.size(); ++i) {
-      char const c = pattern[i];
-      if (inBracket) {
-         // "[]...]" and "[^]...]" hold a literal ']' first.
-         bool const first =
-            pattern[i - 1] == '[' || (pattern[i - 1] == '^' && pattern[i - 2] == '[');
-         inBracket = c != ']' || first;
-         visit(i, true);
-      } else if (c == '\\' && i + 1 < pattern.size()) {
+      if (pattern[i] == '\\' && i + 1 < pattern.size()) {
          escaped(i);
          ++i;
+      } else if (pattern[i] == '[') {
+         visit(i, false);
+         for (std::size_t const end = bracketEnd(pattern, i); i < end;) {
+            visit(++i, true);
+         }
       } else {
-         inBracket = c == '[';
          visit(i, false);
       }
    }
@@ -94,11 +100,7 @@ AutomatonSize automatonSize(std::string_view pattern) {
       if (c == '\\') {
          ++i;
       } else if (c == '[') {
-         // To the closing ']' ("[]...]" and "[^]...]" hold a literal ']' first).
-         std::size_t j = i + 1;
-         j += j < pattern.size() && pattern[j] == '^';
-         j += j < pattern.size() && pattern[j] == ']';
-         i = std::min(pattern.find(']', j), pattern.size());
+         i = bracketEnd(pattern, i);
       } else if (c == '(') {
          open.emplace_back();
          last = {};
