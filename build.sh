@@ -6,7 +6,10 @@
 #   ./build.sh test    install what is missing, build (Sanitize), run every test, then
 #                      the concurrency stress tests again under ThreadSanitizer, then
 #                      every fuzz target for a few seconds
-#   ./build.sh bench   install what is missing, build (Release), run the benchmarks
+#   ./build.sh bench [FILE.attrs.gz...]
+#                      install what is missing, build (Release), run the benchmarks, then
+#                      the workload benchmark on the attribute files given (or a
+#                      synthetic workload)
 #
 # Missing Debian packages are installed with apt-get when run as root; other
 # users are told which to install.
@@ -109,6 +112,10 @@ case "$mode" in
       install_missing
       configure_and_build Release build/release -DQORBGP_BUILD_TESTS=OFF
       ./build/release/bench/qorbgp-bench
+      # The library against the floor on attribute files given after
+      # "bench" (a synthetic workload without them).
+      shift
+      ./build/release/bench/qorbgp-workload-bench "$@"
       ;;
    *)
       echo "usage: ./build.sh [run|test|bench]" >&2

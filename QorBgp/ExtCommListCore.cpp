@@ -5,6 +5,8 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListExt.h"
 #include "QorBgpCommunity/QorBgp/detail/ExtCommListFamily.h"
 
+#include <algorithm>
+
 namespace Routing::Bgp {
 
 template <class Derived, class Family>
@@ -27,10 +29,22 @@ bool ExtCommClassificationListCore<Derived, Family>::compare(
    return comms_ == static_cast<ExtCommClassificationListCore const*>(other)->comms_;
 }
 
+namespace {
+
+// Whether `objects` are the very objects `content` names, in order.
+template <class Vector>
+bool sameIdentities(Vector const& objects, Zup::DedupContentHandle const& content) noexcept {
+   auto const& identities = static_cast<ExtCommIdentityContent const&>(content).identities;
+   return std::equal(objects.begin(), objects.end(), identities.begin(), identities.end(),
+                     [](auto const& object, void const* identity) { return object.get() == identity; });
+}
+
+} // namespace
+
 template <class Derived, class Family>
 bool ExtCommClassificationListCore<Derived, Family>::compareByContent(
-   Zup::DedupContentHandle const&) const noexcept {
-   return false;
+   Zup::DedupContentHandle const& content) const noexcept {
+   return sameIdentities(comms_, content);
 }
 
 template <class Derived, class Family>
@@ -88,8 +102,8 @@ bool ExtCommListCore<Derived, Family>::compare(Zup::DedupHandle const* other) co
 
 template <class Derived, class Family>
 bool ExtCommListCore<Derived, Family>::compareByContent(
-   Zup::DedupContentHandle const&) const noexcept {
-   return false;
+   Zup::DedupContentHandle const& content) const noexcept {
+   return sameIdentities(derived().classificationLists(), content);
 }
 
 template <class Derived, class Family>

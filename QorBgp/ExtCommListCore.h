@@ -23,6 +23,7 @@
 #include "QorBgpCommunity/platform/Ptr.h"
 #include "QorBgpCommunity/platform/Types.h"
 
+#include <span>
 #include <vector>
 
 namespace Routing::Bgp {
@@ -67,6 +68,14 @@ struct QORBGP_EXPORT ExtCommIp6Family {
       "ExtCommIp6ClassificationListSnapshot";
 };
 
+/// What a classification list or a list is looked up by before one is built:
+/// the identities of its elements in order (a classification list's interned
+/// values; a list's interned classification lists by classification index,
+/// null where it has none).
+struct QORBGP_EXPORT ExtCommIdentityContent : Zup::DedupContentHandle {
+   std::span<void const* const> identities;
+};
+
 /// The values of one classification taken out of a list. `Derived` provides
 /// commVectorSorted().
 template <class Derived, class Family>
@@ -91,7 +100,8 @@ class QORBGP_EXPORT ExtCommClassificationListCore : public Zup::DedupHandle {
    /// compared (lists of different classifications cannot share values, and
    /// all empty lists are one). Fatal "commVectorSorted()" on an unsorted list.
    bool compare(Zup::DedupHandle const* other) const noexcept override;
-   /// Interned by the identity of their values, never looked up by content.
+   /// True when `content` (an ExtCommIdentityContent) holds this list's
+   /// values, the very same objects in the same order.
    bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
    /// A new snapshot holding every value, notification on.
@@ -155,7 +165,8 @@ class QORBGP_EXPORT ExtCommListCore : public KivHoard::DedupHandle {
    U32 hash() const noexcept override;
    /// The very same classification lists at every index.
    bool compare(Zup::DedupHandle const* other) const noexcept override;
-   /// Lists are interned by identity, never looked up by content.
+   /// True when `content` (an ExtCommIdentityContent) holds this list's
+   /// classification lists, the very same objects at every index.
    bool compareByContent(Zup::DedupContentHandle const& content) const noexcept override;
 
    /// A new snapshot: every classification list, then every value.

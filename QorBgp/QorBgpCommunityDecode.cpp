@@ -3,7 +3,9 @@
 #include "QorBgpCommunity/platform/Ip6Addr.h"
 
 #include <algorithm>
+#include <bit>
 #include <concepts>
+#include <cstring>
 #include <utility>
 
 namespace Routing::Bgp {
@@ -39,19 +41,27 @@ constexpr std::size_t maxValueLength = 0xFFFF;
 // The network-order unsigned integer at `bytes`, which need not be aligned.
 template <std::unsigned_integral T>
 T loadNetworkOrder(U8 const* bytes) noexcept {
-   T value = 0;
-   for (std::size_t i = 0; i < sizeof(T); ++i) {
-      value = static_cast<T>((value << 8) | bytes[i]);
+   T value;
+   std::memcpy(&value, bytes, sizeof value);
+   if constexpr (std::endian::native == std::endian::little) {
+      if constexpr (sizeof(T) == 8) {
+         value = __builtin_bswap64(value);
+      } else if constexpr (sizeof(T) == 4) {
+         value = __builtin_bswap32(value);
+      } else {
+         value = __builtin_bswap16(value);
+      }
    }
    return value;
 }
 
-// Empty when `length` holds whole elements of `elementSize` bytes; else why
-// not, naming the attribute `kind`.
+// Whether `length` holds whole elements of `elementSize` bytes.
+constexpr bool wholeElements(std::size_t elementSize, std::size_t length) noexcept {
+   return length != 0 && length % elementSize == 0 && length <= maxValueLength;
+}
+
+// Why `length` does not hold whole elements, naming the attribute `kind`.
 std::string lengthError(std::string_view kind, std::size_t elementSize, std::size_t length) {
-   if (length != 0 && length % elementSize == 0 && length <= maxValueLength) {
-      return {};
-   }
    std::string reason(kind);
    reason.append(" value length ").append(std::to_string(length));
    if (length > maxValueLength) {
@@ -125,9 +135,8 @@ bool isAsciiSpace(char c) noexcept {
 // published once, by dedup.
 CommunityDecodeResult<CommList::PtrConst> decodeCommunities(CommunityTables const& tables,
                                                             std::span<U8 const> value) {
-   if (std::string error = lengthError("COMMUNITIES", communitySize, value.size());
-       !error.empty()) {
-      return malformed<CommList::PtrConst>(std::move(error));
+   if (!wholeElements(communitySize, value.size())) {
+      return malformed<CommList::PtrConst>(lengthError("COMMUNITIES", communitySize, value.size()));
    }
    // Looked up before any list is built: most attributes carry a list the
    // table already holds.
@@ -140,9 +149,8 @@ CommunityDecodeResult<CommList::PtrConst> decodeCommunities(CommunityTables cons
 
 CommunityDecodeResult<LargeCommList::PtrConst> decodeLargeCommunities(CommunityTables const& tables,
                                                                       std::span<U8 const> value) {
-   if (std::string error = lengthError("LARGE_COMMUNITY", largeCommunitySize, value.size());
-       !error.empty()) {
-      return malformed<LargeCommList::PtrConst>(std::move(error));
+   if (!wholeElements(largeCommunitySize, value.size())) {
+      return malformed<LargeCommList::PtrConst>(lengthError("LARGE_COMMUNITY", largeCommunitySize, value.size()));
    }
    // Looked up before any list is built, as for standard communities.
    return decoded(withElements<Acl::CommunityValue, 16>(
@@ -159,25 +167,26 @@ CommunityDecodeResult<LargeCommList::PtrConst> decodeLargeCommunities(CommunityT
 
 CommunityDecodeResult<ExtCommList::PtrConst> decodeExtCommunities(CommunityTables const& tables,
                                                                   std::span<U8 const> value) {
-   if (std::string error = lengthError("EXTENDED COMMUNITIES", extCommunitySize, value.size());
-       !error.empty()) {
-      return malformed<ExtCommList::PtrConst>(std::move(error));
+   if (!wholeElements(extCommunitySize, value.size())) {
+      return malformed<ExtCommList::PtrConst>(lengthError("EXTENDED COMMUNITIES", extCommunitySize, value.size()));
    }
-   ExtCommList::Ptr list = extCommListFactory();
-   list->expectedCommunityCountIs(static_cast<U32>(value.size() / extCommunitySize));
-   for (std::size_t at = 0; at < value.size(); at += extCommunitySize) {
-      ExtCommContent const content(loadNetworkOrder<U64>(value.data() + at));
-      list->commIs(ExtComm::dedupContent(tables.extCommDedupTable().get(), content));
-   }
-   return decoded(list->dedup(tables.extCommListDedupTable().get()));
+   // Each value interned, then the list looked up by them before one is built.
+   return decoded(withElements<ExtComm::PtrConst, 32>(
+      value, extCommunitySize,
+      [&](U8 const* element) {
+         return ExtComm::dedupContent(tables.extCommDedupTable().get(),
+                                      ExtCommContent(loadNetworkOrder<U64>(element)));
+      },
+      [&](std::span<ExtComm::PtrConst> comms) {
+         return ExtCommList::dedupComms(tables.extCommListDedupTable().get(), comms);
+      }));
 }
 
 CommunityDecodeResult<ExtCommIp6List::PtrConst>
 decodeExtCommunitiesIp6(CommunityTables const& tables, std::span<U8 const> value) {
-   if (std::string error = lengthError("IPv6 Address Specific Extended Community",
-                                       extCommunityIp6Size, value.size());
-       !error.empty()) {
-      return malformed<ExtCommIp6List::PtrConst>(std::move(error));
+   if (!wholeElements(extCommunityIp6Size, value.size())) {
+      return malformed<ExtCommIp6List::PtrConst>(lengthError(
+         "IPv6 Address Specific Extended Community", extCommunityIp6Size, value.size()));
    }
    ExtCommIp6List::Ptr list = extCommIp6ListFactory();
    list->expectedCommunityCountIs(static_cast<U32>(value.size() / extCommunityIp6Size));

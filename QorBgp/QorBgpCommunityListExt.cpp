@@ -4,10 +4,13 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
 #include "QorBgpCommunity/QorBgp/QorBgpSerialize.h"
 #include "QorBgpCommunity/QorBgp/QorBgpTrace.h"
+#include "QorBgpCommunity/QorBgp/detail/CommListVector.h"
 #include "QorBgpCommunity/QorBgp/detail/DehoardList.h"
 #include "QorBgpCommunity/QorBgp/detail/ExtCommListFamily.h"
 #include "QorBgpCommunity/platform/Errors.h"
 #include "QorBgpCommunity/platform/Hoard.h"
+
+#include <algorithm>
 
 namespace Routing::Bgp {
 
@@ -126,6 +129,86 @@ ExtCommList::PtrConst ExtCommList::dedup(ExtCommListDedupTable const* table) {
    }
    detail::publishClassificationLists(classificationLists_, table, qorAssertUnit);
    return table->dedupAs<ExtCommList>(PtrConst(this));
+}
+
+namespace {
+
+// Lists longer than this are built rather than looked up by their parts.
+constexpr std::size_t findableComms = 64;
+
+// The resident list of `comms` (interned values, sorted, no repeats), found
+// through its resident classification lists; null when it or one of them is
+// not resident. Builds nothing: values grouped by classification, each
+// group looked up by the identities of its values, then the list by the
+// identities of the classification lists found.
+ExtCommList::PtrConst findResident(ExtCommListDedupTable const* table,
+                                   std::span<ExtComm::PtrConst const> comms) {
+   if (comms.size() > findableComms) {
+      return nullptr;
+   }
+   std::size_t starts[classificationCount + 1] = {};
+   for (ExtComm::PtrConst const& comm : comms) {
+      ++starts[comm->classification() + 1];
+   }
+   for (std::size_t k = 0; k < classificationCount; ++k) {
+      starts[k + 1] += starts[k];
+   }
+   void const* grouped[findableComms];
+   std::size_t next[classificationCount];
+   std::copy_n(starts, classificationCount, next);
+   for (ExtComm::PtrConst const& comm : comms) {
+      grouped[next[comm->classification()]++] = comm.get();
+   }
+   ExtCommClassificationList::PtrConst held[classificationCount];
+   void const* lists[classificationCount] = {};
+   std::size_t listCount = 0;
+   ExtCommIdentityContent content;
+   for (std::size_t k = 0; k < classificationCount; ++k) {
+      if (starts[k] == starts[k + 1]) {
+         continue;
+      }
+      content.identities = std::span<void const* const>(grouped + starts[k], starts[k + 1] - starts[k]);
+      Zup::DedupHashTable const& target = k == extCommClassificationRouteTarget
+                                             ? *table->rtExtCommClassificationListDedupTable()
+                                             : *table->extCommClassificationListDedupTable();
+      U32 const hash =
+         detail::rememberedValuesHash<void const*>(target, content.identities, detail::identitiesHash);
+      held[k] = target.lookupByContentAs<ExtCommClassificationList>(content, hash);
+      if (!held[k]) {
+         return nullptr;
+      }
+      lists[k] = held[k].get();
+      listCount = k + 1;
+   }
+   content.identities = std::span<void const* const>(lists, listCount);
+   Zup::DedupHashTable const& target = *table->dedupTable();
+   U32 const hash =
+      detail::rememberedValuesHash<void const*>(target, content.identities, detail::identitiesHash);
+   return target.lookupByContentAs<ExtCommList>(content, hash);
+}
+
+} // namespace
+
+ExtCommList::PtrConst ExtCommList::dedupComms(ExtCommListDedupTable const* table,
+                                              std::span<ExtComm::PtrConst> comms) {
+   auto const less = detail::ExtCommSortFn<ExtComm::PtrConst>;
+   if (std::adjacent_find(comms.begin(), comms.end(), [&](auto const& a, auto const& b) {
+          return !less(a, b);
+       }) != comms.end()) {
+      std::sort(comms.begin(), comms.end(), less);
+      comms = comms.first(static_cast<std::size_t>(
+         std::unique(comms.begin(), comms.end(), detail::ExtCommCompareFn<ExtComm::PtrConst>) -
+         comms.begin()));
+   }
+   if (PtrConst found = findResident(table, comms)) {
+      return found;
+   }
+   Ptr list = extCommListFactory();
+   list->expectedCommunityCountIs(static_cast<U32>(comms.size()));
+   for (ExtComm::PtrConst const& comm : comms) {
+      list->commIs(comm);
+   }
+   return list->dedup(table);
 }
 
 void ExtCommList::commIs(ExtComm::PtrConst const& comm) { commAppend(comm); }

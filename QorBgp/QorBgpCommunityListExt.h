@@ -26,6 +26,7 @@
 #include "QorBgpCommunity/platform/HoardFwd.h"
 #include "QorBgpCommunity/platform/PosixRegex.h"
 
+#include <span>
 #include <string>
 
 namespace Routing::Bgp {
@@ -106,6 +107,14 @@ class QORBGP_EXPORT ExtCommList : public ExtCommListCore<ExtCommList, ExtCommFam
    /// Classifies, interns the classification lists, then this list. The
    /// caller continues with the result. The list must never have been interned.
    PtrConst dedup(ExtCommListDedupTable const* table);
+
+   /// The list of `comms` (interned values, any order, repeats allowed;
+   /// sorted and de-duplicated here in place): the resident equal list when
+   /// there is one, found through its resident classification lists without
+   /// building anything, else a new list of these values, interned by dedup.
+   /// The fast path of decoding: most attributes carry a list already held.
+   static PtrConst dedupComms(ExtCommListDedupTable const* table,
+                              std::span<ExtComm::PtrConst> comms);
 
    /// Reading.
    U32 totalTransitiveCommunities() const noexcept { return totalTransitiveCommunities_; }

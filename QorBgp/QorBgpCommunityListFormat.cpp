@@ -18,12 +18,11 @@ void writeExtComm(std::ostream& os, ExtComm::PtrConst const& comm) { os << comm;
 } // namespace
 
 void formatCommList(std::ostream& os, LargeCommList const* list) {
-   formatListElements(
-      os, list ? list->commVectorRawPtr() : nullptr,
-      [](std::ostream& out, Acl::CommunityValue const& value) {
-         out << LargeCommList::getStringValue(value);
-      },
-      false, " ");
+   if (list) {
+      Kiv::DynamicBuffer<matchTextCapacity> text;
+      list->appendText(text);
+      os.write(text.data(), static_cast<std::streamsize>(text.size()));
+   }
 }
 
 void formatCommList(std::ostream& os, ExtCommList const* list) {

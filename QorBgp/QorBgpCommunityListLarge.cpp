@@ -9,6 +9,8 @@
 #include "QorBgpCommunity/platform/Hoard.h"
 #include "QorBgpCommunity/platform/PosixRegex.h"
 
+#include <charconv>
+
 namespace Routing::Bgp {
 
 QOR_ASSERT_UNIT("QorBgpCommunityList");
@@ -79,8 +81,9 @@ LargeCommList::PtrConst LargeCommList::dedupValues(LargeCommListDedupTable const
    values = detail::sortUnique(values);
    LargeCommListContent content;
    content.values = values;
-   if (auto found =
-          table->dedupTable()->lookupByContentAs<LargeCommList>(content, valuesHash(values))) {
+   Zup::DedupHashTable const& dedupTable = *table->dedupTable();
+   U32 const hash = detail::rememberedValuesHash<Acl::CommunityValue>(dedupTable, values, valuesHash);
+   if (auto found = dedupTable.lookupByContentAs<LargeCommList>(content, hash)) {
       return found;
    }
    LargeCommList::Ptr list = largeCommListFactory();
@@ -139,12 +142,7 @@ RouteMap::CommListSnapshot::Ptr LargeCommList::commSnapshot() const {
 bool LargeCommList::matchCommunitiesRegex(Routing::RouteMap::PosixRegex const* regex) const {
    QOR_ASSERT(commVectorSorted());
    Kiv::DynamicBuffer<policyTextInlineCapacity> text;
-   for (std::size_t i = 0; i < commVector_.size(); ++i) {
-      if (i != 0) {
-         text.append(' ');
-      }
-      LargeCommunityFormatter::format(text, commVector_[i], false);
-   }
+   appendText(text);
    text.append('\0');
    return regex->execute(text.data()) == 0;
 }
@@ -169,6 +167,29 @@ hoard::Location LargeCommList::hoard(hoard::StoreWriter& writer) const {
    return writer.publishList<Acl::CommunityValue>(storedFlags(), commVector_);
 }
 
-std::string LargeCommList::toStrep() const { return stringify<LargeCommList>(this); }
+std::string LargeCommList::toStrep() const {
+   Kiv::DynamicBuffer<policyTextInlineCapacity> text;
+   appendText(text);
+   return text.str();
+}
+
+void LargeCommList::appendText(Kiv::DynamicBufferInterface& out) const {
+   if (commVector_.empty()) {
+      return;
+   }
+   // Written in place into room for the longest texts, then trimmed.
+   std::size_t const start = out.size();
+   out.resize(start + commVector_.size() * (LargeCommunityFormatter::maxSize + 1));
+   char* at = out.data() + start;
+   for (Acl::CommunityValue const& value : commVector_) {
+      at = std::to_chars(at, at + 10, value.globalAdmin).ptr;
+      *at++ = ':';
+      at = std::to_chars(at, at + 10, value.localData1).ptr;
+      *at++ = ':';
+      at = std::to_chars(at, at + 10, value.localData2).ptr;
+      *at++ = ' ';
+   }
+   out.resize(static_cast<std::size_t>(at - out.data()) - 1); // without the last space
+}
 
 } // namespace Routing::Bgp

@@ -140,6 +140,9 @@ class QORBGP_EXPORT LargeCommList : public KivHoard::DedupHandle {
    static std::string getStringValue(Acl::CommunityValue const& value);
    /// LargeCommunityFormatter's text, asdot as asked.
    static std::string displayString(Acl::CommunityValue const& value, bool asdot);
+   /// Appends the list's text: each value as getStringValue gives it,
+   /// separated by single spaces (what toStrep returns and route policy sees).
+   void appendText(Kiv::DynamicBufferInterface& out) const;
 
  private:
    void cacheHash() noexcept;

@@ -235,7 +235,7 @@ bool CommList::compareByContent(Zup::DedupContentHandle const& content) const no
 CommList::PtrConst CommList::dedupValues(CommListDedupTable const* table, std::span<U32> values) {
    values = detail::sortUnique(values);
    Zup::DedupHashTable const& dedupTable = *table->dedupTable();
-   U32 const hash = valuesHash(values);
+   U32 const hash = detail::rememberedValuesHash<U32>(dedupTable, values, valuesHash);
    detail::CommListThreadCache* cache = nullptr;
    if (dedupTable.multiThreaded()) {
       cache = &detail::CommListThreadCache::forThisThread();

@@ -4,8 +4,10 @@
 
 #include <absl/container/flat_hash_set.h>
 
+#include <algorithm>
 #include <bit>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -175,6 +177,27 @@ class DedupHashTable::WriteGuard {
    Shard* shard_;
 };
 
+// The memo of content hashes: slots of (key's upper half << 32 | hash),
+// indexed by the key's lower bits; 0 is empty. In the multi-threaded form,
+// arrays replaced by larger ones stay until the table goes, so that a reader
+// never meets a freed array.
+struct DedupHashTable::HashMemo {
+   struct Array {
+      explicit Array(std::size_t size) : mask(size - 1), slots(new std::atomic<U64>[size]) {
+         for (std::size_t i = 0; i < size; ++i) {
+            slots[i].store(0, std::memory_order_relaxed);
+         }
+      }
+      std::size_t const mask;
+      std::unique_ptr<std::atomic<U64>[]> slots;
+   };
+   static constexpr std::size_t initialSize = 64;
+
+   std::atomic<Array*> current{nullptr};
+   std::mutex growMutex;
+   std::vector<std::unique_ptr<Array>> arrays; // under growMutex
+};
+
 DedupHashTableLifeTimeNotifiee::~DedupHashTableLifeTimeNotifiee() = default;
 
 namespace {
@@ -186,7 +209,8 @@ DedupHashTable::DedupHashTable(bool multiThreaded)
       serial_(nextTableSerial.fetch_add(1, std::memory_order_relaxed)),
       shardShift_(multiThreaded ? 32 - multiThreadedShardBits : 32),
       shards_(std::make_unique<Shard[]>(std::size_t{1} << (32 - shardShift_))),
-      readers_(multiThreaded ? std::make_unique<ReaderSlot[]>(readerSlotCount) : nullptr) {
+      readers_(multiThreaded ? std::make_unique<ReaderSlot[]>(readerSlotCount) : nullptr),
+      hashMemo_(std::make_unique<HashMemo>()) {
    QOR_ASSERT(!multiThreaded || Kiv::PtrInterface::threadSafe());
 }
 
@@ -285,6 +309,10 @@ DedupHandle::Ptr DedupHashTable::dedup(DedupHandle::Ptr const& handle) {
       WriteGuard exclusive(*this, shard);
       shard.entries.insert(Entry{h});
    }
+   if (hashMemo_->current.load(std::memory_order_relaxed)) {
+      // Shards fill evenly: one shard's size tells the table's.
+      hashMemoRoomIs(shard.entries.size() << (32 - shardShift_));
+   }
    if (notifiee_) {
       notifiee_->handleInsert(handle);
    }
@@ -317,6 +345,53 @@ void DedupHashTable::release(DedupHandle const* handle) const noexcept {
    // dropping them destroys it.
    for (U32 i = 0; i < references; ++i) {
       handle->referencesDec();
+   }
+}
+
+std::optional<U32> DedupHashTable::rememberedHash(U64 key) const noexcept {
+   HashMemo::Array const* array = hashMemo_->current.load(std::memory_order_acquire);
+   if (!array) {
+      return std::nullopt;
+   }
+   U64 const slot = array->slots[key & array->mask].load(std::memory_order_relaxed);
+   if (slot == 0 || (slot >> 32) != (key >> 32)) {
+      return std::nullopt;
+   }
+   return static_cast<U32>(slot);
+}
+
+void DedupHashTable::rememberHash(U64 key, U32 hash) const noexcept {
+   HashMemo::Array* array = hashMemo_->current.load(std::memory_order_acquire);
+   if (!array) {
+      hashMemoRoomIs(HashMemo::initialSize);
+      array = hashMemo_->current.load(std::memory_order_acquire);
+      if (!array) {
+         return; // no memory for it: hashes are computed every time
+      }
+   }
+   array->slots[key & array->mask].store((key >> 32) << 32 | hash, std::memory_order_relaxed);
+}
+
+void DedupHashTable::hashMemoRoomIs(std::size_t handles) const noexcept {
+   HashMemo::Array const* array = hashMemo_->current.load(std::memory_order_acquire);
+   if (array && array->mask >= handles) {
+      return;
+   }
+   std::lock_guard lock(hashMemo_->growMutex);
+   array = hashMemo_->current.load(std::memory_order_relaxed);
+   if (array && array->mask >= handles) {
+      return;
+   }
+   try {
+      auto& arrays = hashMemo_->arrays;
+      arrays.push_back(std::make_unique<HashMemo::Array>(
+         std::bit_ceil(std::max(handles + 1, HashMemo::initialSize))));
+      hashMemo_->current.store(arrays.back().get(), std::memory_order_release);
+      if (!multiThreaded_) {
+         arrays.erase(arrays.begin(), arrays.end() - 1); // no reader can hold an older one
+      }
+   } catch (std::bad_alloc const&) {
+      // The memo only saves time: without a larger one, more is recomputed.
    }
 }
 

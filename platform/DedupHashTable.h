@@ -40,6 +40,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 namespace Kiv {
 class DumpContext;
@@ -84,6 +85,21 @@ class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
    /// handle must not be in a table or detached.
    DedupHandle::Ptr dedup(DedupHandle::Ptr const& handle);
 
+   /// Content hashes remembered by a cheaper key. A caller whose hash() is
+   /// slow to compute (a byte-at-a-time hash over a whole list) may key the
+   /// content by a fast 64-bit hash of its own (a word-at-a-time hash of the
+   /// same values), remember the content's hash under it and find it again
+   /// on the next lookup of that content. A key that two contents share can
+   /// only give one of them the other's hash: its lookupByContent then
+   /// misses, and dedup, which hashes the handle itself, still finds the
+   /// resident equal handle. A wrong answer costs time, never identity.
+   ///
+   /// The memo is one 8-byte slot per key, direct-mapped, allocated on first
+   /// use and grown with the table to between one and two slots per resident
+   /// handle; safe from any thread.
+   std::optional<U32> rememberedHash(U64 key) const noexcept;
+   void rememberHash(U64 key, U32 hash) const noexcept;
+
    /// Installs (or, with null, removes) the lifetime notifiee; a previous one
    /// is told handleNotificationStop. Not thread-safe: install it before the
    /// table is shared. Only handles inserted afterwards are reported.
@@ -114,10 +130,13 @@ class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
    struct Shard;
    struct ReaderSlot;
    class WriteGuard;
+   struct HashMemo;
 
    Shard& shardFor(U32 hash) const noexcept;
    /// The release of `handle` that may leave only the table's references.
    void release(DedupHandle const* handle) const noexcept;
+   /// Gives the hash memo room for about `handles` resident handles.
+   void hashMemoRoomIs(std::size_t handles) const noexcept;
 
    bool const multiThreaded_;
    U64 const serial_;
@@ -125,6 +144,7 @@ class QORBGP_EXPORT DedupHashTable : public Kiv::PtrInterface {
    std::unique_ptr<Shard[]> shards_;
    std::unique_ptr<ReaderSlot[]> readers_; ///< multi-threaded form only
    DedupHashTableLifeTimeNotifiee::Ptr notifiee_;
+   std::unique_ptr<HashMemo> hashMemo_;
 };
 
 /// A new table with notification enabled.

@@ -22,6 +22,7 @@
 #include <cstring>
 #include <iterator>
 #include <new>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -113,6 +114,18 @@ typename Vector::value_type ExtCommVectorLookup(bool sorted, Vector const& vecto
    return nullptr;
 }
 
+// Feeds the eight bytes of the address `object` to a Jenkins one-at-a-time
+// hash, least significant first.
+inline U32 jenkinsAddIdentity(U32 hash, void const* object) noexcept {
+   U64 address = reinterpret_cast<std::uintptr_t>(object);
+   if constexpr (std::endian::native == std::endian::big) {
+      address = __builtin_bswap64(address);
+   }
+   U8 bytes[sizeof address];
+   std::memcpy(bytes, &address, sizeof address);
+   return Kiv::jenkinsAdd(hash, bytes);
+}
+
 // Jenkins one-at-a-time over the identities of the non-null objects, each
 // the eight bytes of its address, least significant first. Equal interned
 // contents are the same objects, so equal lists of them hash equally. Every
@@ -127,13 +140,18 @@ U32 ExtCommIdentityHash(Vector const& objects, char const* qorAssertUnit) noexce
       QOR_ASSERT_TEXT(p->dedupState() != Zup::dedupHandleStateNeverDeduped(),
                       "__null == ( p ) || ( p )->dedupState() != "
                       "Zup::dedupHandleStateNeverDeduped()");
-      U64 address = reinterpret_cast<std::uintptr_t>(p.get());
-      if constexpr (std::endian::native == std::endian::big) {
-         address = __builtin_bswap64(address);
+      hash = jenkinsAddIdentity(hash, p.get());
+   }
+   return Kiv::jenkinsFinish(hash);
+}
+
+// The same hash over raw identities (nulls skipped), all of interned objects.
+inline U32 identitiesHash(std::span<void const* const> identities) noexcept {
+   U32 hash = 0;
+   for (void const* identity : identities) {
+      if (identity) {
+         hash = jenkinsAddIdentity(hash, identity);
       }
-      U8 bytes[sizeof address];
-      std::memcpy(bytes, &address, sizeof address);
-      hash = Kiv::jenkinsAdd(hash, bytes);
    }
    return Kiv::jenkinsFinish(hash);
 }

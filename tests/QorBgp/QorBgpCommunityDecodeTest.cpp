@@ -104,6 +104,21 @@ TEST_F(CommunityDecodeTest, ReencodingIsCanonicalAndDecodesToTheSameList) {
    }
 }
 
+// An extended list is looked up by its classification lists before one is
+// built: a resident classification list alone must not make it found.
+TEST_F(CommunityDecodeTest, ExtendedListsAreFoundByTheirPartsOnlyWhenResident) {
+   auto extended = [&](char const* hex) {
+      return std::get<ExtCommList::PtrConst>(decode(kinds[2], bytes(hex)).list);
+   };
+   ExtCommList::PtrConst const both = extended("0002fde800000064 4300000000000002");
+   ExtCommList::PtrConst const alone = extended("0002fde800000064");
+   EXPECT_NE(alone, both);
+   EXPECT_EQ(alone->classificationList(extCommClassificationRouteTarget),
+             both->classificationList(extCommClassificationRouteTarget));
+   EXPECT_EQ(extended("4300000000000002 0002fde800000064 0002fde800000064"), both);
+   EXPECT_EQ(tables->extCommListDedupTable()->dedupTable()->size(), 2u);
+}
+
 TEST(CommunityDecodeHex, ParsesPairsWithSpacesBetweenAndRendersLowerCase) {
    EXPECT_EQ(hexBytes(parseHex(" 0A\tff\n00").value()), "0aff00");
    EXPECT_EQ(parseHex(""), std::vector<U8>{});
