@@ -7,6 +7,7 @@
 #include "QorBgpCommunity/platform/Errors.h"
 #include "QorBgpCommunity/platform/Hoard.h"
 
+#include <cstring>
 #include <ostream>
 
 namespace Routing::Bgp {
@@ -72,12 +73,13 @@ std::string ExtCommIp6List::serialize(bool all) const {
    return detail::serializeSelected(
       extCommunityIp6, valueSize, all ? totalCommunities() : totalTransitiveCommunities_,
       commVector(), [all](ExtCommIp6::PtrConst const& comm) { return all || isTransitive(*comm); },
-      [](SerializePathAttribute& out, ExtCommIp6::PtrConst const& comm) {
+      [](char* at, ExtCommIp6::PtrConst const& comm) {
          ExtCommIp6Content const content = comm->community();
-         out.addU8(content.type);
-         out.addU8(content.subtype);
-         out.addBytes(content.addr.bytes());
-         out.addU16hton(content.localAdmin);
+         at[0] = static_cast<char>(content.type);
+         at[1] = static_cast<char>(content.subtype);
+         std::memcpy(at + 2, content.addr.bytes().data(), 16);
+         at[18] = static_cast<char>(content.localAdmin >> 8);
+         at[19] = static_cast<char>(content.localAdmin);
       });
 }
 

@@ -246,8 +246,11 @@ std::string ExtCommList::serialize(Serialization s) const {
    return detail::serializeSelected(
       extCommunity, sizeof(U64), serializableCommunities(s), commVector(),
       [s](ExtComm::PtrConst const& comm) { return serializable(comm, s); },
-      [](SerializePathAttribute& out, ExtComm::PtrConst const& comm) {
-         out.addU64hton(comm->community());
+      [](char* at, ExtComm::PtrConst const& comm) {
+         U64 const word = comm->community();
+         for (int i = 0; i < 8; ++i) {
+            at[i] = static_cast<char>(word >> (56 - 8 * i));
+         }
       });
 }
 

@@ -181,6 +181,14 @@ std::string SerializePathAttribute::serializeWords(BgpPathAttrType type, BgpPath
    return wordsAttribute(type, flags, elements);
 }
 
+std::string SerializePathAttribute::headedBuffer(BgpPathAttrType type, BgpPathAttrFlag flags,
+                                                 U32 attrSize, std::size_t valueSize) {
+   AttributeHeader const header = attributeHeader(type, flags, attrSize);
+   std::string out(header.size + valueSize, '\0');
+   std::memcpy(out.data(), header.bytes, header.size);
+   return out;
+}
+
 std::string SerializePathAttribute::serializedString() const {
    std::string serialized = Serialize::serializedString(0);
    QOR_ASSERT(serialized.size() == attrSize_ + headerSize_);

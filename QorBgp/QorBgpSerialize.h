@@ -119,6 +119,11 @@ class QORBGP_EXPORT SerializePathAttribute : public Serialize {
    static std::string serializeWords(BgpPathAttrType type, BgpPathAttrFlag flags,
                                      std::span<Acl::CommunityValue const> elements);
    ///@}
+   /// An attribute to fill in place, in one allocation: its header announcing
+   /// `attrSize` value bytes (as reInitHdr writes it, same assertions), then
+   /// `valueSize` zero bytes, the last of the string, for the caller to write.
+   static std::string headedBuffer(BgpPathAttrType type, BgpPathAttrFlag flags, U32 attrSize,
+                                   std::size_t valueSize);
 
  protected:
    /// A writer with no header yet.

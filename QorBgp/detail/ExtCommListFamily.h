@@ -210,24 +210,29 @@ void publishClassificationLists(ListVector& lists, Table const* table, char cons
 }
 
 // The attribute `type` (flags 0xC0) holding, in order, the values of `comms`
-// for which `selected(comm)` holds, each written by `write(out, comm)` in
-// `valueSize` bytes; `count` is how many the header announces. Empty when
-// `count` is 0. NOTE: the buffer is returned as written, not checked against
-// the count: an unpruned list from a peer may select more values than its
-// count says, and that must never stop the process.
+// for which `selected(comm)` holds, each written by `write(at, comm)` in
+// `valueSize` bytes at `at`; `count` is how many the header announces. Empty
+// when `count` is 0. Built in one allocation. NOTE: every selected value is
+// written, whatever the count: an unpruned list from a peer may select more
+// values than its count says, and that must never stop the process.
 template <class Comms, class Selected, class Write>
 std::string serializeSelected(BgpPathAttrType type, U32 valueSize, U32 count, Comms const& comms,
                               Selected selected, Write write) {
    if (count == 0) {
       return {};
    }
-   SerializePathAttribute out(type, optionalTransitive, valueSize * count);
+   std::size_t const written =
+      valueSize * static_cast<std::size_t>(std::count_if(comms.begin(), comms.end(), selected));
+   std::string out =
+      SerializePathAttribute::headedBuffer(type, optionalTransitive, valueSize * count, written);
+   char* at = out.data() + (out.size() - written);
    for (auto const& comm : comms) {
       if (selected(comm)) {
-         write(out, comm);
+         write(at, comm);
+         at += valueSize;
       }
    }
-   return out.Serialize::serializedString(0);
+   return out;
 }
 
 } // namespace Routing::Bgp::detail
