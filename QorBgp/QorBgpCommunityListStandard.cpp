@@ -235,7 +235,9 @@ bool CommList::compareByContent(Zup::DedupContentHandle const& content) const no
 CommList::PtrConst CommList::dedupValues(CommListDedupTable const* table, std::span<U32> values) {
    values = detail::sortUnique(values);
    Zup::DedupHashTable const& dedupTable = *table->dedupTable();
-   U32 const hash = detail::rememberedValuesHash<U32>(dedupTable, values, valuesHash);
+   // Hashed directly: most standard lists are short enough that remembering
+   // their hash (QorBgpCommunityListLarge.cpp) saves no time, only memory.
+   U32 const hash = valuesHash(values);
    detail::CommListThreadCache* cache = nullptr;
    if (dedupTable.multiThreaded()) {
       cache = &detail::CommListThreadCache::forThisThread();

@@ -181,8 +181,12 @@ class DedupHashTable::WriteGuard {
 // indexed by the key's lower bits; 0 is empty. In the multi-threaded form,
 // arrays replaced by larger ones stay until the table goes, so that a reader
 // never meets a freed array.
-struct DedupHashTable::HashMemo {
-   struct Array {
+//
+// Every lookup reads `current` and the array's header: each sits on a cache
+// line of its own, so that no write near them (a reference count of an object
+// allocated next to them) makes the line move between cores.
+struct alignas(64) DedupHashTable::HashMemo {
+   struct alignas(64) Array {
       explicit Array(std::size_t size) : mask(size - 1), slots(new std::atomic<U64>[size]) {
          for (std::size_t i = 0; i < size; ++i) {
             slots[i].store(0, std::memory_order_relaxed);
@@ -194,7 +198,7 @@ struct DedupHashTable::HashMemo {
    static constexpr std::size_t initialSize = 64;
 
    std::atomic<Array*> current{nullptr};
-   std::mutex growMutex;
+   alignas(64) std::mutex growMutex;
    std::vector<std::unique_ptr<Array>> arrays; // under growMutex
 };
 
