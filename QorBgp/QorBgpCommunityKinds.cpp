@@ -44,11 +44,17 @@ bool hasClassificationAndUI(ExtComm::StrepFormat format) {
 namespace detail {
 
 void writeDiagnostic(std::ostream& os, std::string_view text, ExtCommContent const& content) {
-   os.put('<');
-   os.write(text.data(), static_cast<std::streamsize>(text.size()));
-   os.put(' ');
-   os << content;
-   os.put('>');
+   // "<text 0x%016x>" in one write: each write to a stream costs more than
+   // composing the whole of it.
+   Kiv::DynamicBuffer<kindTextCapacity + 24> out;
+   out.append('<');
+   out.append(text);
+   out.append(" 0x");
+   for (int shift = 56; shift >= 0; shift -= 8) {
+      out.appendHex2(static_cast<U8>(content.word() >> shift));
+   }
+   out.append('>');
+   os.write(out.data(), static_cast<std::streamsize>(out.size()));
 }
 
 } // namespace detail

@@ -19,6 +19,7 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityList.h"
 #include "QorBgpCommunity/platform/PosixRegex.h"
 #include "QorBgpCommunity/platform/StreamState.h"
+#include "QorBgpCommunity/platform/StreamText.h"
 
 #include <iosfwd>
 #include <sstream>
@@ -74,9 +75,7 @@ QORBGP_EXPORT std::ostream& operator<<(std::ostream& os, RtExtCommListLifeTimeNo
 /// The list printed by its stream operator.
 template <class List>
 std::string stringify(List const* const& list) {
-   std::ostringstream os;
-   os << list;
-   return std::move(os).str();
+   return Kiv::streamText([&](std::ostream& os) { os << list; });
 }
 
 /// Which text of its extended communities a route-policy regex sees.
