@@ -6,6 +6,7 @@
 #include <bit>
 #include <concepts>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 namespace Routing::Bgp {
@@ -72,19 +73,52 @@ std::string lengthError(std::string_view kind, std::size_t elementSize, std::siz
    return reason;
 }
 
+// Elements read from an attribute value, on the stack when there are at
+// most Inline of them. Only the elements read are constructed (and
+// destroyed): most attributes hold one or two.
+template <class T, std::size_t Inline>
+class Elements {
+ public:
+   explicit Elements(std::size_t count) : onHeap_(count > Inline) {
+      if (onHeap_) {
+         heap_.reserve(count);
+      }
+   }
+   ~Elements() { std::destroy_n(inlineData(), inlineCount_); }
+   Elements(Elements const&) = delete;
+   Elements& operator=(Elements const&) = delete;
+
+   void push(T value) {
+      if (onHeap_) {
+         heap_.push_back(std::move(value));
+      } else {
+         std::construct_at(inlineData() + inlineCount_, std::move(value));
+         ++inlineCount_;
+      }
+   }
+   std::span<T> span() noexcept {
+      return onHeap_ ? std::span<T>(heap_) : std::span<T>(inlineData(), inlineCount_);
+   }
+
+ private:
+   T* inlineData() noexcept { return reinterpret_cast<T*>(inline_); }
+
+   alignas(T) unsigned char inline_[Inline * sizeof(T)];
+   std::size_t inlineCount_ = 0;
+   bool const onHeap_;
+   std::vector<T> heap_;
+};
+
 // Reads the elements of `value` (whole elements of `elementSize` bytes) with
-// `read` into a buffer, on the stack when there are at most Inline of them,
-// and hands it to `use`.
+// `read` and hands them to `use`.
 template <class T, std::size_t Inline, class Read, class Use>
 auto withElements(std::span<U8 const> value, std::size_t elementSize, Read read, Use use) {
    std::size_t const count = value.size() / elementSize;
-   T inlineBuffer[Inline];
-   std::vector<T> heapBuffer(count > Inline ? count : 0);
-   std::span<T> elements(count > Inline ? heapBuffer.data() : inlineBuffer, count);
+   Elements<T, Inline> elements(count);
    for (std::size_t i = 0; i < count; ++i) {
-      elements[i] = read(value.data() + i * elementSize);
+      elements.push(read(value.data() + i * elementSize));
    }
-   return use(elements);
+   return use(elements.span());
 }
 
 template <class ListPtr>
