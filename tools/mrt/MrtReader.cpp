@@ -296,6 +296,7 @@ class MrtReader::Impl {
    explicit Impl(std::unique_ptr<detail::InputFile> file) : file_(std::move(file)) {}
 
    bool next(Path& path);
+   U64 drain();
 
    Report report_;
    std::unique_ptr<detail::InputFile> file_;
@@ -357,6 +358,19 @@ bool MrtReader::Impl::next(Path& path) {
    path = std::move(pending_[nextPending_++]);
    ++report_.paths;
    return true;
+}
+
+U64 MrtReader::Impl::drain() {
+   std::vector<U8> chunk(kReadChunkBytes);
+   U64 const before = report_.bytesRead;
+   while (!ended_) {
+      std::size_t const got = read(chunk);
+      report_.bytesRead += got;
+      if (got < chunk.size()) {
+         end();
+      }
+   }
+   return report_.bytesRead - before;
 }
 
 void MrtReader::Impl::problem(U64 offset, std::string text) {
@@ -849,6 +863,7 @@ std::unique_ptr<MrtReader> MrtReader::open(std::string const& path, std::string*
 }
 
 bool MrtReader::next(Path& path) { return impl_->next(path); }
+U64 MrtReader::drain() { return impl_->drain(); }
 Report const& MrtReader::report() const { return impl_->report_; }
 Compression MrtReader::compression() const { return impl_->file_->compression(); }
 U64 MrtReader::bytesConsumed() const { return impl_->file_->consumed(); }

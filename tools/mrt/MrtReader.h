@@ -168,6 +168,11 @@ class MrtReader {
    // the input (and on every call after it), leaving `path` unchanged.
    [[nodiscard]] bool next(Path& path);
 
+   // Reads the rest of the input without decoding it (to time the
+   // decompression alone); returns the bytes read. A damaged or cut-off
+   // compressed stream ends it as it ends next(), with its problem reported.
+   U64 drain();
+
    Report const& report() const;
    Compression compression() const;
    // Bytes of the file itself consumed so far, to compare with fileSize()

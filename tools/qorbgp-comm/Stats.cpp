@@ -157,7 +157,35 @@ unsigned threadsFor(StatsOptions const& options) {
 
 } // namespace
 
+namespace {
+
+// stats --decompress-only: each file's decompressed size, and whether it was
+// read whole.
+int decompressOnly(StatsOptions const& options) {
+   int status = 0;
+   for (std::string const& file : options.files) {
+      std::string error;
+      auto reader = mrt::MrtReader::open(file, &error);
+      if (!reader) {
+         std::cerr << "qorbgp-comm stats: " << error << '\n';
+         status = 1;
+         continue;
+      }
+      U64 const bytes = reader->drain();
+      std::cout << file << ": " << bytes << " bytes\n";
+      if (!reportReadProblems("stats", file, reader->report())) {
+         status = 1;
+      }
+   }
+   return status;
+}
+
+} // namespace
+
 int runStats(StatsOptions const& options) {
+   if (options.decompressOnly) {
+      return decompressOnly(options);
+   }
    auto const started = std::chrono::steady_clock::now();
    std::size_t const heapBefore = heapInUse();
    unsigned const threads = threadsFor(options);
