@@ -353,6 +353,9 @@ class ZstdInput final : public DecodingInput {
 // kAheadChunks chunks ahead of the reader, so that decompressing and decoding
 // records share the time. Reads, ends and faults exactly as the input it
 // wraps. The thread is stopped and joined on destruction, also mid-stream.
+//
+// NOTE: destruction waits for the read the thread is in to return: on a pipe
+// whose writer neither writes nor closes, until it does.
 class ReadAheadInput final : public InputFile {
  public:
    explicit ReadAheadInput(std::unique_ptr<InputFile> inner)
