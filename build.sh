@@ -16,7 +16,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-packages=(g++ cmake ninja-build ccache pkgconf libgtest-dev libgmock-dev libbenchmark-dev libabsl-dev libboost-dev zlib1g-dev libbz2-dev liblzma-dev libzstd-dev libcli11-dev nlohmann-json3-dev bgpdump clang-14 libclang-rt-14-dev doxygen)
+packages=(g++ cmake ninja-build ccache pkgconf libgtest-dev libgmock-dev libbenchmark-dev libabsl-dev libboost-dev zlib1g-dev libbz2-dev liblzma-dev libzstd-dev libisal-dev libcli11-dev nlohmann-json3-dev bgpdump clang-14 libclang-rt-14-dev doxygen)
 
 install_missing() {
    local missing=()

@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
    Path path;
    while (reader->next(path)) {
       ++paths;
-      for (Attribute const& attribute : path.attributes) {
+      for (AttributeView const& attribute : path.attributes) {
          auto result = decodeAttribute(*tables, attribute.typeCode, attribute.value);
          QORBGP_FUZZ_CHECK(result.ok() || !result.reason.empty());
       }

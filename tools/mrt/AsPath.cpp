@@ -65,7 +65,7 @@ std::vector<AsPath::Segment> merged(std::vector<AsPath::Segment> const& path, st
 } // namespace
 
 std::optional<AsPath> AsPath::of(Path const& path) {
-   Attribute const* asPath = path.attribute(kAttrAsPath);
+   AttributeView const* asPath = path.attribute(kAttrAsPath);
    if (!asPath) {
       return AsPath({});
    }
@@ -73,7 +73,7 @@ std::optional<AsPath> AsPath::of(Path const& path) {
    if (!main) {
       return std::nullopt;
    }
-   if (Attribute const* as4Path = path.fourOctetAs ? nullptr : path.attribute(kAttrAs4Path)) {
+   if (AttributeView const* as4Path = path.fourOctetAs ? nullptr : path.attribute(kAttrAs4Path)) {
       auto as4 = decode(as4Path->value, true);
       if (as4 && length(*as4) <= length(*main)) {
          std::size_t const keep = length(*main) - length(*as4);

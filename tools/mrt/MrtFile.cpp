@@ -3,16 +3,22 @@
 #include "tools/mrt/MrtWire.h"
 
 #include <bzlib.h>
+#include <isa-l/igzip_lib.h>
 #include <lzma.h>
 #include <sys/stat.h>
 #include <zlib.h>
 #include <zstd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
+#include <deque>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 namespace QorBgpTools::mrt::detail {
@@ -24,6 +30,11 @@ constexpr U8 kBzip2Magic[] = {'B', 'Z', 'h'};
 constexpr U8 kXzMagic[] = {0xfd, '7', 'z', 'X', 'Z', 0x00};
 constexpr U8 kZstdMagic[] = {0x28, 0xb5, 0x2f, 0xfd};
 constexpr std::size_t kInputBytes = 128 * 1024;
+// Decompressed bytes handed from the decoding thread to the reader at a
+// time, and how many such chunks it may run ahead: enough to ride out a
+// bzip2 block (900 kB of output at once), little memory.
+constexpr std::size_t kAheadChunkBytes = 256 * 1024;
+constexpr std::size_t kAheadChunks = 6;
 constexpr int kBzip2BlockSize = 9; // in 100 kB units, the bzip2 tool's default
 constexpr U32 kXzPreset = 6;       // the xz tool's default
 constexpr int kZstdLevel = 3;      // the zstd tool's default
@@ -160,16 +171,13 @@ class PlainInput final : public DecodingInput {
 
 // A gzip file may hold several members one after the other (as concatenated
 // or appended files do); they read as one stream. Anything else after the
-// last member is reported, not dropped.
+// last member is reported, not dropped. Inflated with ISA-L's igzip, which
+// checks each member's CRC and length as zlib does and is several times as
+// fast on the same data.
 class GzipInput final : public DecodingInput {
  public:
    GzipInput(U64 size, std::unique_ptr<RawInput> raw)
        : DecodingInput(Compression::gzip, size, std::move(raw)) {}
-   ~GzipInput() override {
-      if (started_) {
-         inflateEnd(&z_);
-      }
-   }
 
  private:
    Step step(std::span<const U8>& in, std::span<U8>& out, bool last) override {
@@ -180,34 +188,38 @@ class GzipInput final : public DecodingInput {
          if (started_ && (in[0] != kGzipMagic[0] || (in.size() > 1 && in[1] != kGzipMagic[1]))) {
             return fail("gzip: data after the last member that is not gzip");
          }
-         // 16 + 15: a gzip wrapper around a deflate stream with any window size.
-         if (!started_ ? inflateInit2(&z_, 16 + MAX_WBITS) != Z_OK : inflateReset(&z_) != Z_OK) {
-            return fail("gzip: cannot start decoding");
+         if (started_) {
+            isal_inflate_reset(&state_);
+         } else {
+            isal_inflate_init(&state_);
          }
+         state_.crc_flag = ISAL_GZIP; // header, trailer and CRC as a gzip member has them
          started_ = inMember_ = true;
       }
-      z_.next_in = const_cast<Bytef*>(in.data()); // zlib does not write through next_in
-      z_.avail_in = static_cast<uInt>(in.size());
-      z_.next_out = out.data();
-      z_.avail_out = static_cast<uInt>(std::min<std::size_t>(out.size(), UINT_MAX));
-      int code = inflate(&z_, Z_NO_FLUSH);
-      bool progress = z_.avail_in < in.size() || z_.next_out != out.data();
-      in = in.subspan(in.size() - z_.avail_in);
-      out = out.subspan(static_cast<std::size_t>(z_.next_out - out.data()));
-      switch (code) {
-      case Z_STREAM_END:
-         inMember_ = false;
-         return Step::more;
-      case Z_OK:
-      case Z_BUF_ERROR:
-         return last && in.empty() && !progress ? fail("gzip: stream cut short") : Step::more;
-      default:
+      // igzip does not write through next_in.
+      state_.next_in = const_cast<U8*>(in.data());
+      state_.avail_in = static_cast<U32>(std::min<std::size_t>(in.size(), UINT32_MAX));
+      state_.next_out = out.data();
+      state_.avail_out = static_cast<U32>(std::min<std::size_t>(out.size(), UINT32_MAX));
+      U32 const given = state_.avail_in;
+      int const code = isal_inflate(&state_);
+      std::size_t const taken = given - state_.avail_in;
+      std::size_t const gave = static_cast<std::size_t>(state_.next_out - out.data());
+      in = in.subspan(taken);
+      out = out.subspan(gave);
+      if (code < 0) {
          return fail("gzip: damaged data");
       }
+      if (state_.block_state == ISAL_BLOCK_FINISH) {
+         inMember_ = false;
+         return Step::more;
+      }
+      bool const progress = taken > 0 || gave > 0;
+      return last && in.empty() && !progress ? fail("gzip: stream cut short") : Step::more;
    }
 
-   z_stream z_{};
-   bool started_ = false;  // z_ holds a decoder
+   inflate_state state_{};
+   bool started_ = false;  // state_ was initialised
    bool inMember_ = false; // between a member's first byte and its end
 };
 
@@ -335,6 +347,110 @@ class ZstdInput final : public DecodingInput {
 
    ZSTD_DStream* zs_;
    bool frameDone_ = true; // no frame begun, or the last one ended and was flushed
+};
+
+// Runs another input's decompression on a thread of its own, up to
+// kAheadChunks chunks ahead of the reader, so that decompressing and decoding
+// records share the time. Reads, ends and faults exactly as the input it
+// wraps. The thread is stopped and joined on destruction, also mid-stream.
+//
+// NOTE: destruction waits for the read the thread is in to return: on a pipe
+// whose writer neither writes nor closes, until it does.
+class ReadAheadInput final : public InputFile {
+ public:
+   explicit ReadAheadInput(std::unique_ptr<InputFile> inner)
+       : InputFile(inner->compression(), inner->size()), inner_(std::move(inner)),
+         thread_([this] { produce(); }) {}
+   ~ReadAheadInput() override {
+      {
+         std::lock_guard lock(mutex_);
+         stopping_ = true;
+      }
+      changed_.notify_all();
+      thread_.join();
+   }
+
+   std::size_t read(std::span<U8> out) override {
+      std::size_t done = 0;
+      while (done < out.size()) {
+         if (taken_ == current_.size() && !nextChunk()) {
+            break;
+         }
+         std::size_t const n = std::min(out.size() - done, current_.size() - taken_);
+         std::memcpy(out.data() + done, current_.data() + taken_, n);
+         taken_ += n;
+         done += n;
+      }
+      return done;
+   }
+   U64 consumed() const override { return consumed_.load(std::memory_order_relaxed); }
+
+ private:
+   // The decoding thread: fills chunks until the input ends (a short chunk)
+   // or the reader goes away.
+   void produce() {
+      for (;;) {
+         std::vector<U8> chunk;
+         {
+            std::unique_lock lock(mutex_);
+            changed_.wait(lock, [this] { return stopping_ || ready_.size() < kAheadChunks; });
+            if (stopping_) {
+               return;
+            }
+            if (!spare_.empty()) {
+               chunk = std::move(spare_.back());
+               spare_.pop_back();
+            }
+         }
+         chunk.resize(kAheadChunkBytes);
+         chunk.resize(inner_->read(chunk));
+         consumed_.store(inner_->consumed(), std::memory_order_relaxed);
+         bool const last = chunk.size() < kAheadChunkBytes;
+         {
+            std::lock_guard lock(mutex_);
+            ready_.push_back(std::move(chunk));
+            producerDone_ = last;
+         }
+         changed_.notify_all();
+         if (last) {
+            return;
+         }
+      }
+   }
+
+   // Moves on to the next decoded chunk; false at the end of the data, with
+   // the wrapped input's fault taken over.
+   bool nextChunk() {
+      std::unique_lock lock(mutex_);
+      if (current_.capacity() > 0) {
+         spare_.push_back(std::move(current_));
+      }
+      current_.clear();
+      taken_ = 0;
+      changed_.notify_all();
+      // Only the last chunk can be empty.
+      changed_.wait(
+         lock, [this] { return (!ready_.empty() && !ready_.front().empty()) || producerDone_; });
+      if (ready_.empty() || ready_.front().empty()) {
+         fault_ = inner_->fault(); // the thread has finished with inner_
+         return false;
+      }
+      current_ = std::move(ready_.front());
+      ready_.pop_front();
+      return true;
+   }
+
+   std::unique_ptr<InputFile> inner_; // used by the decoding thread only until producerDone_
+   std::mutex mutex_;
+   std::condition_variable changed_;
+   std::deque<std::vector<U8>> ready_;  // decoded chunks in order, the last one short
+   std::vector<std::vector<U8>> spare_; // chunks the reader is done with, for reuse
+   bool stopping_ = false;              // the reader is going away
+   bool producerDone_ = false;          // the short last chunk is in ready_
+   std::atomic<U64> consumed_{0};
+   std::vector<U8> current_; // the chunk being read, by the reader's thread only
+   std::size_t taken_ = 0;   // of current_
+   std::thread thread_;      // last: starts once everything above exists
 };
 
 class PlainOutput final : public OutputFile {
@@ -560,16 +676,16 @@ std::unique_ptr<InputFile> InputFile::open(std::string const& path, std::string*
    }
    std::span<const U8> head = raw->pending();
    if (startsWith(head, kGzipMagic)) {
-      return std::make_unique<GzipInput>(size, std::move(raw));
+      return std::make_unique<ReadAheadInput>(std::make_unique<GzipInput>(size, std::move(raw)));
    }
    if (startsWith(head, kBzip2Magic)) {
-      return std::make_unique<Bzip2Input>(size, std::move(raw));
+      return std::make_unique<ReadAheadInput>(std::make_unique<Bzip2Input>(size, std::move(raw)));
    }
    if (startsWith(head, kXzMagic)) {
-      return std::make_unique<XzInput>(size, std::move(raw));
+      return std::make_unique<ReadAheadInput>(std::make_unique<XzInput>(size, std::move(raw)));
    }
    if (startsWith(head, kZstdMagic)) {
-      return std::make_unique<ZstdInput>(size, std::move(raw));
+      return std::make_unique<ReadAheadInput>(std::make_unique<ZstdInput>(size, std::move(raw)));
    }
    for (Unsupported const& format : kUnsupported) {
       if (startsWith(head, format.magic)) {
@@ -578,6 +694,7 @@ std::unique_ptr<InputFile> InputFile::open(std::string const& path, std::string*
          return nullptr;
       }
    }
+   // Plain data is only copied: a thread would not pay for itself.
    return std::make_unique<PlainInput>(size, std::move(raw));
 }
 

@@ -28,6 +28,10 @@ constexpr std::size_t kRouteDistinguisherBytes = 8;
 constexpr unsigned kLabelBits = 24;
 constexpr unsigned kRouteDistinguisherBits = 64;
 constexpr U8 kBottomOfStack = 0x01; // in a label's third octet
+// Record blocks kept for reuse once no path refers to them any more: the
+// current record's, the one the caller's last path holds, and one that a
+// caller caching the last decoded block holds.
+constexpr std::size_t kPooledBlocks = 4;
 
 enum class Outcome { used, ignored, damaged };
 
@@ -129,9 +133,10 @@ void appendRouteDistinguisher(std::string& out, std::span<const U8> rd) {
    }
 }
 
-// Splits a path attribute block into `out`. False, with `error` set, when an
-// attribute's header or value runs past the block.
-bool readAttributes(std::span<const U8> block, std::vector<Attribute>& out, std::string& error) {
+// Splits a path attribute block into views appended to `out`. False, with
+// `error` set, when an attribute's header or value runs past the block.
+bool readAttributes(std::span<const U8> block, std::vector<AttributeView>& out,
+                    std::string& error) {
    SpanReader r(block);
    while (r.remaining() > 0) {
       U8 flags = r.u8();
@@ -143,16 +148,16 @@ bool readAttributes(std::span<const U8> block, std::vector<Attribute>& out, std:
                      "-byte attribute block");
          return false;
       }
-      out.push_back({flags, type, {value.begin(), value.end()}});
+      out.push_back({flags, type, value});
    }
    return true;
 }
 
 // Reads one NLRI: the path identifier when `addPath`, the length in bits,
-// then labels and a route distinguisher as `form` has them, and the prefix.
-// Appends the prefix text to `prefix`. False, with `error` set, when the NLRI
-// runs past its data or its prefix is longer than the family allows.
-bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, std::string& prefix,
+// then labels and a route distinguisher as `form` has them, and the prefix,
+// into `route`. False, with `error` set, when the NLRI runs past its data or
+// its prefix is longer than the family allows.
+bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, Route& route,
               std::optional<U32>& pathId, std::string& error) {
    if (addPath) {
       pathId = r.u32();
@@ -160,13 +165,13 @@ bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, std::st
    if (form == NlriForm::evpn) {
       // Route type, length in octets, route.
       U8 type = r.u8();
-      auto route = r.bytes(r.u8());
+      auto bytes = r.bytes(r.u8());
       if (!r.ok()) {
          error = "EVPN NLRI runs past its data";
          return false;
       }
-      prefix += cat("evpn:", type, ":");
-      appendHex(prefix, route);
+      route.structured = cat("evpn:", type, ":");
+      appendHex(route.structured, bytes);
       return true;
    }
    if (form == NlriForm::flowspec) {
@@ -180,8 +185,8 @@ bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, std::st
          error = "flowspec NLRI runs past its data";
          return false;
       }
-      prefix += "flowspec:";
-      appendHex(prefix, components);
+      route.structured = "flowspec:";
+      appendHex(route.structured, components);
       return true;
    }
    unsigned bits = r.u8();
@@ -213,17 +218,16 @@ bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, std::st
          error = "route distinguisher runs past the NLRI";
          return false;
       }
-      appendRouteDistinguisher(prefix, field.bytes(kRouteDistinguisherBytes));
-      prefix.push_back(':');
+      auto rd = field.bytes(kRouteDistinguisherBytes);
+      std::copy(rd.begin(), rd.end(), route.distinguisher.emplace().begin());
    }
    if (bits > detail::maxPrefixLength(family)) {
       error = cat("prefix length ", bits, " over ", detail::maxPrefixLength(family));
       return false;
    }
-   detail::Prefix parsed{{family, {}}, static_cast<U8>(bits)};
+   route.prefix = {{family, {}}, static_cast<U8>(bits)};
    auto octets = field.rest(); // whole octets taken before, so exactly ceil(bits / 8) left
-   std::copy(octets.begin(), octets.end(), parsed.address.bytes.begin());
-   detail::appendPrefix(prefix, parsed);
+   std::copy(octets.begin(), octets.end(), route.prefix.address.bytes.begin());
    return true;
 }
 
@@ -280,14 +284,70 @@ std::string recordTypeName(U16 type) {
    }
 }
 
-std::vector<Attribute> const& Attributes::empty() {
-   static std::vector<Attribute> const none;
-   return none;
+namespace detail {
+
+// One record's bytes and the views into them that its paths hold: shared by
+// those paths, reused by the reader once none is left.
+struct RecordBlock {
+   std::vector<U8> body;
+   std::vector<AttributeView> views; // into `body`
+};
+
+} // namespace detail
+
+Attributes::Attributes(std::vector<Attribute> const& list) {
+   auto block = std::make_shared<detail::RecordBlock>();
+   for (Attribute const& attribute : list) {
+      detail::putBytes(block->body, attribute.value);
+   }
+   std::size_t at = 0;
+   for (Attribute const& attribute : list) {
+      block->views.push_back(
+         {attribute.flags, attribute.typeCode,
+          std::span<const U8>(block->body).subspan(at, attribute.value.size())});
+      at += attribute.value.size();
+   }
+   list_ = block->views;
+   owner_ = std::move(block);
 }
 
-Attribute const* Path::attribute(U8 typeCode) const {
+bool operator==(Attributes const& a, Attributes const& b) {
+   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                     [](AttributeView const& x, AttributeView const& y) {
+                        return x.flags == y.flags && x.typeCode == y.typeCode &&
+                               std::ranges::equal(x.value, y.value);
+                     });
+}
+
+std::string Route::text() const {
+   if (!structured.empty()) {
+      return structured;
+   }
+   std::string out;
+   if (distinguisher) {
+      appendRouteDistinguisher(out, *distinguisher);
+      out.push_back(':');
+   }
+   detail::appendPrefix(out, prefix);
+   return out;
+}
+
+std::optional<detail::Prefix> Route::ipPrefix() const {
+   if (!structured.empty() || distinguisher) {
+      return std::nullopt;
+   }
+   return prefix;
+}
+
+std::string Path::peerText() const {
+   std::string out;
+   detail::appendAddress(out, peerAddress.family, peerAddress.bytes);
+   return out;
+}
+
+AttributeView const* Path::attribute(U8 typeCode) const {
    auto it = std::find_if(attributes.begin(), attributes.end(),
-                          [typeCode](Attribute const& a) { return a.typeCode == typeCode; });
+                          [typeCode](AttributeView const& a) { return a.typeCode == typeCode; });
    return it == attributes.end() ? nullptr : &*it;
 }
 
@@ -296,18 +356,19 @@ class MrtReader::Impl {
    explicit Impl(std::unique_ptr<detail::InputFile> file) : file_(std::move(file)) {}
 
    bool next(Path& path);
+   U64 drain();
 
    Report report_;
    std::unique_ptr<detail::InputFile> file_;
 
  private:
    struct Peer {
-      std::string address;
+      detail::Address address;
       U32 as = 0;
    };
 
    bool readRecord();
-   // Reads up to `length` bytes into body_; false when the data ends first.
+   // Reads up to `length` bytes into block_'s body; false when the data ends first.
    bool readBody(U32 length);
    // Fills `out` from the bytes looked ahead at, then from the file; a short
    // count means the end of the data.
@@ -323,6 +384,18 @@ class MrtReader::Impl {
    bool resync(U64 offset, std::span<const U8> header, std::string const& what);
    void end();
    void problem(U64 offset, std::string text);
+   // A block no path refers to, emptied, for the next record.
+   std::shared_ptr<detail::RecordBlock> freeBlock();
+   // Gives each pending path its attributes: views into block_ by ranges_.
+   void attachAttributes();
+   // The attributes of the path about to be made pending: `block` split into
+   // views appended to block_. False, with error_ set, when damaged.
+   bool addAttributes(std::span<const U8> block) {
+      std::size_t const first = block_->views.size();
+      bool const ok = readAttributes(block, block_->views, error_);
+      ranges_.emplace_back(first, block_->views.size() - first);
+      return ok;
+   }
 
    Outcome decode(U32 timestamp, U16 type, U16 subtype, SpanReader r);
    Outcome tableDump(U16 subtype, SpanReader r);
@@ -341,7 +414,11 @@ class MrtReader::Impl {
    std::vector<Path>
       pending_; // the current record's paths; those before nextPending_ are handed out
    std::size_t nextPending_ = 0;
-   std::vector<U8> body_;
+   // Where each pending path's attributes are in block_->views (first, count);
+   // one range may serve several paths, see attachAttributes().
+   std::vector<std::pair<std::size_t, std::size_t>> ranges_;
+   std::shared_ptr<detail::RecordBlock> block_;             // the current record
+   std::vector<std::shared_ptr<detail::RecordBlock>> pool_; // up to kPooledBlocks
    std::vector<U8> ahead_; // bytes read from the file and not yet taken, from aheadPos_
    std::size_t aheadPos_ = 0;
    std::string error_; // why the current record is damaged
@@ -359,9 +436,46 @@ bool MrtReader::Impl::next(Path& path) {
    return true;
 }
 
+U64 MrtReader::Impl::drain() {
+   std::vector<U8> chunk(kReadChunkBytes);
+   U64 const before = report_.bytesRead;
+   while (!ended_) {
+      std::size_t const got = read(chunk);
+      report_.bytesRead += got;
+      if (got < chunk.size()) {
+         end();
+      }
+   }
+   return report_.bytesRead - before;
+}
+
 void MrtReader::Impl::problem(U64 offset, std::string text) {
    if (report_.problems.size() < kMaxProblemsKept) {
       report_.problems.push_back({offset, std::move(text)});
+   }
+}
+
+std::shared_ptr<detail::RecordBlock> MrtReader::Impl::freeBlock() {
+   for (auto const& block : pool_) {
+      if (block.use_count() == 1) {
+         block->body.clear();
+         block->views.clear();
+         return block;
+      }
+   }
+   auto block = std::make_shared<detail::RecordBlock>();
+   if (pool_.size() < kPooledBlocks) {
+      pool_.push_back(block);
+   }
+   return block;
+}
+
+void MrtReader::Impl::attachAttributes() {
+   std::span<const AttributeView> const views = block_->views;
+   for (std::size_t i = 0; i < pending_.size(); ++i) {
+      // A message's paths share its one range.
+      auto const [first, count] = ranges_[std::min(i, ranges_.size() - 1)];
+      pending_[i].attributes = Attributes(block_, views.subspan(first, count));
    }
 }
 
@@ -375,14 +489,15 @@ void MrtReader::Impl::end() {
 bool MrtReader::Impl::readBody(U32 length) {
    // Grows with the data actually read, so a damaged length cannot make it
    // allocate much more than the file holds.
-   body_.clear();
-   while (body_.size() < length) {
+   std::vector<U8>& body = block_->body;
+   body.clear();
+   while (body.size() < length) {
       std::size_t want =
-         std::min<std::size_t>(length - body_.size(), std::max(body_.size(), kReadChunkBytes));
-      std::size_t had = body_.size();
-      body_.resize(had + want);
-      std::size_t got = read(std::span(body_).subspan(had));
-      body_.resize(had + got);
+         std::min<std::size_t>(length - body.size(), std::max(body.size(), kReadChunkBytes));
+      std::size_t had = body.size();
+      body.resize(had + want);
+      std::size_t got = read(std::span(body).subspan(had));
+      body.resize(had + got);
       report_.bytesRead += got;
       if (got < want) {
          return false;
@@ -393,7 +508,9 @@ bool MrtReader::Impl::readBody(U32 length) {
 
 bool MrtReader::Impl::readRecord() {
    pending_.clear();
+   ranges_.clear();
    nextPending_ = 0;
+   block_.reset();
    if (ended_) {
       return false;
    }
@@ -434,17 +551,19 @@ bool MrtReader::Impl::readRecord() {
                     cat(recordName(type, subtype), ": length ", length, " over the limit of ",
                         kMaxRecordBytes));
    }
+   block_ = freeBlock();
    if (!readBody(length)) {
       ++report_.skippedRecords;
-      problem(offset, cat(recordName(type, subtype), ": record cut off, ", body_.size(), " of ",
-                          length, " bytes present"));
+      problem(offset, cat(recordName(type, subtype), ": record cut off, ", block_->body.size(),
+                          " of ", length, " bytes present"));
       end();
       return false;
    }
 
    error_.clear();
-   switch (decode(timestamp, type, subtype, SpanReader(body_))) {
+   switch (decode(timestamp, type, subtype, SpanReader(block_->body))) {
    case Outcome::used:
+      attachAttributes();
       for (Path& path : pending_) {
          path.recordType = type;
       }
@@ -596,19 +715,14 @@ Outcome MrtReader::Impl::tableDump(U16 subtype, SpanReader r) {
    }
    Path& path = pending_.emplace_back();
    path.timestamp = originated;
-   detail::appendAddress(path.peerAddress, family, peer);
+   path.peerAddress.family = family;
+   std::copy(peer.begin(), peer.end(), path.peerAddress.bytes.begin());
    path.peerAs = peerAs;
-   detail::Prefix parsed{{family, {}}, length};
-   std::copy(prefix.begin(), prefix.end(), parsed.address.bytes.begin());
-   detail::appendPrefix(path.prefix, parsed);
+   path.route.prefix = {{family, {}}, length};
+   std::copy(prefix.begin(), prefix.end(), path.route.prefix.address.bytes.begin());
    path.afi = family == Family::ipv4 ? detail::kAfiIpv4 : detail::kAfiIpv6;
    path.fourOctetAs = false;
-   std::vector<Attribute> list;
-   if (!readAttributes(attributes, list, error_)) {
-      return Outcome::damaged;
-   }
-   path.attributes = std::move(list);
-   return Outcome::used;
+   return addAttributes(attributes) ? Outcome::used : Outcome::damaged;
 }
 
 Outcome MrtReader::Impl::peerIndexTable(SpanReader r) {
@@ -631,7 +745,8 @@ Outcome MrtReader::Impl::peerIndexTable(SpanReader r) {
       if (!r.ok()) {
          return damaged(cat("peer entry ", i, " of ", count, " cut short"));
       }
-      detail::appendAddress(peers[i].address, family, address);
+      peers[i].address.family = family;
+      std::copy(address.begin(), address.end(), peers[i].address.bytes.begin());
    }
    if (r.remaining() > 0) {
       return trailing(r);
@@ -644,7 +759,7 @@ Outcome MrtReader::Impl::rib(U16 subtype, SpanReader r) {
    bool addPath = subtype > detail::kRibGeneric;
    U16 plain = addPath ? subtype - detail::kAddPathOffset : subtype;
    r.skip(4); // sequence number
-   std::string prefix;
+   Route route;
    std::optional<U32> nlriPathId;
    U16 afi = 0;
    U8 safi = 0;
@@ -660,7 +775,7 @@ Outcome MrtReader::Impl::rib(U16 subtype, SpanReader r) {
          return Outcome::ignored;
       }
       // The generic ADD-PATH form carries the path identifier in the NLRI.
-      if (!readNlri(r, kind->family, kind->form, addPath, prefix, nlriPathId, error_)) {
+      if (!readNlri(r, kind->family, kind->form, addPath, route, nlriPathId, error_)) {
          return Outcome::damaged;
       }
    } else {
@@ -669,7 +784,7 @@ Outcome MrtReader::Impl::rib(U16 subtype, SpanReader r) {
       safi = plain == detail::kRibIpv4Multicast || plain == detail::kRibIpv6Multicast
                 ? detail::kSafiMulticast
                 : detail::kSafiUnicast;
-      if (!readNlri(r, family, NlriForm::plain, false, prefix, nlriPathId, error_)) {
+      if (!readNlri(r, family, NlriForm::plain, false, route, nlriPathId, error_)) {
          return Outcome::damaged;
       }
    }
@@ -694,15 +809,13 @@ Outcome MrtReader::Impl::rib(U16 subtype, SpanReader r) {
       path.timestamp = originated;
       path.peerAddress = peers_[peerIndex].address;
       path.peerAs = peers_[peerIndex].as;
-      path.prefix = prefix;
+      path.route = route;
       path.pathId = pathId;
       path.afi = afi;
       path.safi = safi;
-      std::vector<Attribute> list;
-      if (!readAttributes(attributes, list, error_)) {
+      if (!addAttributes(attributes)) {
          return damaged(cat("RIB entry ", i, ": ", error_));
       }
-      path.attributes = std::move(list);
    }
    if (!r.ok()) {
       return damaged("RIB entry count cut short");
@@ -765,10 +878,11 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
    if (!r.ok()) {
       return damaged("UPDATE field lengths run past the message");
    }
-   std::vector<Attribute> attributes;
-   if (!readAttributes(attributeBlock, attributes, error_)) {
+   // One range of views for every prefix of the message.
+   if (!addAttributes(attributeBlock)) {
       return Outcome::damaged;
    }
+   std::span<const AttributeView> const attributes(block_->views);
 
    // An NLRI block that does not decode plainly is tried once more with path
    // identifiers (see the class comment); the first error is the one reported.
@@ -785,7 +899,7 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
             path.safi = safi;
             path.fourOctetAs = kind->as4;
             ok =
-               readNlri(block, route.family, route.form, addPath, path.prefix, path.pathId, error_);
+               readNlri(block, route.family, route.form, addPath, path.route, path.pathId, error_);
          }
          if (ok) {
             return true;
@@ -804,7 +918,7 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
                    RouteKind{Family::ipv4, NlriForm::plain})) {
       return Outcome::damaged;
    }
-   for (Attribute const& attribute : attributes) {
+   for (AttributeView const& attribute : attributes) {
       if (attribute.typeCode != detail::kAttrMpReachNlri) {
          continue;
       }
@@ -825,14 +939,12 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
       return Outcome::ignored;
    }
 
-   std::string peerAddress;
-   detail::appendAddress(peerAddress, *family, peer);
-   Attributes const shared(std::move(attributes)); // one block for every prefix of the message
+   detail::Address peerAddress{*family, {}};
+   std::copy(peer.begin(), peer.end(), peerAddress.bytes.begin());
    for (Path& path : pending_) {
       path.timestamp = timestamp;
       path.peerAddress = peerAddress;
       path.peerAs = peerAs;
-      path.attributes = shared;
    }
    return Outcome::used;
 }
@@ -849,6 +961,7 @@ std::unique_ptr<MrtReader> MrtReader::open(std::string const& path, std::string*
 }
 
 bool MrtReader::next(Path& path) { return impl_->next(path); }
+U64 MrtReader::drain() { return impl_->drain(); }
 Report const& MrtReader::report() const { return impl_->report_; }
 Compression MrtReader::compression() const { return impl_->file_->compression(); }
 U64 MrtReader::bytesConsumed() const { return impl_->file_->consumed(); }

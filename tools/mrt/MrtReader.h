@@ -9,17 +9,20 @@
 //   if (!reader) { fail(error); }
 //   Path path;
 //   while (reader->next(path)) {
-//      if (auto const* communities = path.attribute(8)) { use(path.prefix, communities->value); }
+//      if (auto const* communities = path.attribute(8)) { use(path.route, communities->value); }
 //   }
 //   for (auto const& problem : reader->report().problems) { warn(problem.offset, problem.text); }
 #pragma once
 
 #include "QorBgpCommunity/platform/Types.h"
+#include "tools/mrt/MrtWire.h"
 
+#include <array>
 #include <cstddef>
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,8 +30,9 @@ namespace QorBgpTools::mrt {
 
 enum class Compression { none, gzip, bzip2, xz, zstd };
 
-// One BGP path attribute as found on the wire. `flags` keeps the
-// extended-length bit (0x10) as it was; `value` excludes the header.
+// One BGP path attribute as written to a file (see MrtWriter) or built by
+// hand. `flags` keeps the extended-length bit (0x10) as it was; `value`
+// excludes the header.
 struct Attribute {
    U8 flags = 0;
    U8 typeCode = 0;
@@ -37,30 +41,67 @@ struct Attribute {
    friend bool operator==(Attribute const&, Attribute const&) = default;
 };
 
-// The attributes of a path in wire order, repeats kept: an immutable block
-// shared by copies, so that the paths of one BGP message (one block for all
-// the prefixes it announces) hold their attributes once, however many there
-// are. Compares by content.
+// One BGP path attribute as the reader hands it out: `value` points into the
+// record it was read from, which the Attributes holding it keep alive.
+struct AttributeView {
+   U8 flags = 0;
+   U8 typeCode = 0;
+   std::span<const U8> value;
+};
+
+// The attributes of a path in wire order, repeats kept: views into an
+// immutable block shared by copies, so that the paths of one BGP message
+// (one block for all the prefixes it announces) hold their attributes once,
+// however many there are, and reading copies no attribute. Compares by
+// content.
 class Attributes {
  public:
    Attributes() = default;
-   Attributes(std::vector<Attribute> list) // NOLINT: a list is a block
-       : block_(std::make_shared<std::vector<Attribute> const>(std::move(list))) {}
+   // A block of its own holding copies of `list` (for paths built by hand).
+   Attributes(std::vector<Attribute> const& list); // NOLINT: a list is a block
    Attributes(std::initializer_list<Attribute> list) : Attributes(std::vector<Attribute>(list)) {}
+   // Views that `owner` keeps valid.
+   Attributes(std::shared_ptr<void const> owner, std::span<const AttributeView> list)
+       : owner_(std::move(owner)), list_(list) {}
 
-   std::vector<Attribute> const& list() const { return block_ ? *block_ : empty(); }
-   auto begin() const { return list().begin(); }
-   auto end() const { return list().end(); }
-   std::size_t size() const { return list().size(); }
-   Attribute const& operator[](std::size_t i) const { return list()[i]; }
-   // Whether both are the very same block (the same message), not only equal.
-   bool sameBlock(Attributes const& other) const { return block_ == other.block_; }
+   std::span<const AttributeView> list() const { return list_; }
+   auto begin() const { return list_.begin(); }
+   auto end() const { return list_.end(); }
+   std::size_t size() const { return list_.size(); }
+   AttributeView const& operator[](std::size_t i) const { return list_[i]; }
+   // Whether both are the very same views (the same message), not only equal.
+   bool sameBlock(Attributes const& other) const {
+      return list_.data() == other.list_.data() && list_.size() == other.list_.size() &&
+             owner_ == other.owner_;
+   }
 
-   friend bool operator==(Attributes const& a, Attributes const& b) { return a.list() == b.list(); }
+   friend bool operator==(Attributes const& a, Attributes const& b);
 
  private:
-   static std::vector<Attribute> const& empty();
-   std::shared_ptr<std::vector<Attribute> const> block_;
+   std::shared_ptr<void const> owner_; // keeps what list_ and its values point to
+   std::span<const AttributeView> list_;
+};
+
+// The route a path is for, kept in wire form and turned into text only when
+// printed. Trivially cheap to copy except for EVPN and flowspec routes.
+struct Route {
+   detail::Prefix prefix; // the IP prefix; unused for EVPN and flowspec routes
+   // Set for VPN routes: the route distinguisher in front of the prefix.
+   std::optional<std::array<U8, 8>> distinguisher;
+   // EVPN and flowspec routes, given by their NLRI in hex (rare enough to
+   // format when read): "evpn:<route type>:<hex of the route>",
+   // "flowspec:<hex of the components>". Empty for IP routes.
+   std::string structured;
+
+   // "192.0.2.0/24", "2001:db8::/32"; VPN routes with their route
+   // distinguisher in front: "65000:1:10.0.0.0/8", "192.0.2.1:5:10.0.0.0/8";
+   // else `structured`.
+   std::string text() const;
+   // The IP prefix of a plain or labeled route; nullopt for VPN, EVPN and
+   // flowspec routes.
+   std::optional<detail::Prefix> ipPrefix() const;
+
+   friend bool operator==(Route const&, Route const&) = default;
 };
 
 // A route to one prefix as one peer announced or held it.
@@ -68,13 +109,9 @@ struct Path {
    // Seconds since 1970: the route's originated time for RIB entries, the
    // record's time for BGP4MP messages.
    U32 timestamp = 0;
-   std::string peerAddress; // "192.0.2.1", "2001:db8::1"
+   detail::Address peerAddress; // text: peerText()
    U32 peerAs = 0;
-   // "192.0.2.0/24", "2001:db8::/32"; VPN routes carry their route
-   // distinguisher in front: "65000:1:10.0.0.0/8", "192.0.2.1:5:10.0.0.0/8".
-   // EVPN and flowspec routes (BGP4MP only) are given by their NLRI in hex:
-   // "evpn:<route type>:<hex of the route>", "flowspec:<hex of the components>".
-   std::string prefix;
+   Route route;               // text: route.text()
    std::optional<U32> pathId; // set for ADD-PATH records only
    Attributes attributes;
    // The MRT record's type: 12 TABLE_DUMP, 13 TABLE_DUMP_V2, 16 BGP4MP, 17 BGP4MP_ET.
@@ -89,8 +126,10 @@ struct Path {
    // an AS4_PATH).
    bool fourOctetAs = true;
 
+   // "192.0.2.1", "2001:db8::1".
+   std::string peerText() const;
    // The first attribute of that type, or nullptr.
-   Attribute const* attribute(U8 typeCode) const;
+   AttributeView const* attribute(U8 typeCode) const;
 
    friend bool operator==(Path const&, Path const&) = default;
 };
@@ -167,6 +206,11 @@ class MrtReader {
    // Stores the next path into `path` and returns true; false at the end of
    // the input (and on every call after it), leaving `path` unchanged.
    [[nodiscard]] bool next(Path& path);
+
+   // Reads the rest of the input without decoding it (to time the
+   // decompression alone); returns the bytes read. A damaged or cut-off
+   // compressed stream ends it as it ends next(), with its problem reported.
+   U64 drain();
 
    Report const& report() const;
    Compression compression() const;

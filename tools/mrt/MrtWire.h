@@ -164,11 +164,15 @@ constexpr unsigned maxPrefixLength(Family family) { return family == Family::ipv
 struct Address {
    Family family = Family::ipv4;
    std::array<U8, 16> bytes{};
+
+   friend bool operator==(Address const&, Address const&) = default;
 };
 
 struct Prefix {
    Address address;
    U8 length = 0; // <= maxPrefixLength(address.family)
+
+   friend bool operator==(Prefix const&, Prefix const&) = default;
 };
 
 // Dotted quad for IPv4, the RFC 5952 form for IPv6. `bytes` holds at least

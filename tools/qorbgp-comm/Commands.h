@@ -15,6 +15,9 @@ struct StatsOptions {
    bool json = false;
    unsigned top = 10;
    unsigned threads = 0; // reading threads; 0: one per file, up to the machine's cores
+   // Only decompress each file to its end, decoding no record: the floor
+   // that reading can get to, for bench/compare-bgpdump.sh. Not documented.
+   bool decompressOnly = false;
 };
 int runStats(StatsOptions const& options);
 

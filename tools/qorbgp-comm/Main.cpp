@@ -59,6 +59,7 @@ int main(int argc, char** argv) {
                    "Files read at once, each on its own thread, into shared tables (default: one "
                    "per file, up to the number of cores)")
       ->check(CLI::Range(1u, 256u));
+   statsCommand->add_flag("--decompress-only", stats.decompressOnly)->group("");
 
    ShowOptions show;
    auto* showCommand =

@@ -116,13 +116,12 @@ bool PathFilter::accepts(mrt::Path const& path) const {
       return false;
    }
    if (peer_) {
-      auto peer = mrt::detail::parseAddress(path.peerAddress);
-      if (!peer || peer->family != peer_->family || peer->bytes != peer_->bytes) {
+      if (path.peerAddress != *peer_) {
          return false;
       }
    }
    if (prefix_) {
-      auto prefix = mrt::detail::parsePrefix(path.prefix);
+      auto prefix = path.route.ipPrefix();
       if (!prefix || prefix->address.family != prefix_->address.family) {
          return false;
       }

@@ -34,8 +34,8 @@ std::string joined(Range const& elements, Text text) {
 
 PathLists decodePathLists(CommunityTables const& tables, mrt::Path const& path) {
    PathLists lists;
-   for (mrt::Attribute const& attribute : path.attributes) {
-      std::span<U8 const> const value(attribute.value);
+   for (mrt::AttributeView const& attribute : path.attributes) {
+      std::span<U8 const> const value = attribute.value;
       switch (attribute.typeCode) {
       case community:
          decodeInto(lists.standard, decodeCommunities(tables, value), lists);

@@ -35,8 +35,8 @@ nlohmann::ordered_json pathJson(mrt::Path const& path, PathLists const& lists, b
                               {"time", utcText(path.timestamp)},
                               {"recordType", mrt::recordTypeName(path.recordType)},
                               {"family", mrt::familyName(path.afi, path.safi)},
-                              {"prefix", path.prefix},
-                              {"peer", path.peerAddress},
+                              {"prefix", path.route.text()},
+                              {"peer", path.peerText()},
                               {"peerAs", path.peerAs}};
    if (path.pathId) {
       out["pathId"] = *path.pathId;
@@ -84,7 +84,7 @@ nlohmann::ordered_json pathJson(mrt::Path const& path, PathLists const& lists, b
 }
 
 void printPath(mrt::Path const& path, PathLists const& lists, bool asdot) {
-   std::cout << path.prefix << " from " << path.peerAddress << " AS" << path.peerAs;
+   std::cout << path.route.text() << " from " << path.peerText() << " AS" << path.peerAs;
    if (path.pathId) {
       std::cout << " path-id " << *path.pathId;
    }

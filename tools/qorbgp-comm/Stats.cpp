@@ -6,6 +6,7 @@
 #include "Progress.h"
 #include "ReadProblems.h"
 
+#include <absl/container/flat_hash_map.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -28,12 +29,21 @@ using namespace Routing::Bgp;
 
 namespace {
 
+// Interned objects hash by address, mixed by absl (a bare address has its
+// low bits all zero).
+struct PtrHash {
+   template <class T>
+   std::size_t operator()(Kiv::Ptr<T> const& p) const {
+      return absl::Hash<T*>{}(p.get());
+   }
+};
+
 // How often a list occurs, keyed by the interned object: the list object
-// itself is kept alive by the key.
+// itself is kept alive by the key. Looked up once per path: a flat table.
 template <class List>
 struct KindCounter {
    U64 attributes = 0;
-   std::unordered_map<Kiv::Ptr<List const>, U64> occurrences;
+   absl::flat_hash_map<Kiv::Ptr<List const>, U64, PtrHash> occurrences;
 
    void count(Kiv::Ptr<List const> const& list) {
       if (list) {
@@ -157,7 +167,35 @@ unsigned threadsFor(StatsOptions const& options) {
 
 } // namespace
 
+namespace {
+
+// stats --decompress-only: each file's decompressed size, and whether it was
+// read whole.
+int decompressOnly(StatsOptions const& options) {
+   int status = 0;
+   for (std::string const& file : options.files) {
+      std::string error;
+      auto reader = mrt::MrtReader::open(file, &error);
+      if (!reader) {
+         std::cerr << "qorbgp-comm stats: " << error << '\n';
+         status = 1;
+         continue;
+      }
+      U64 const bytes = reader->drain();
+      std::cout << file << ": " << bytes << " bytes\n";
+      if (!reportReadProblems("stats", file, reader->report())) {
+         status = 1;
+      }
+   }
+   return status;
+}
+
+} // namespace
+
 int runStats(StatsOptions const& options) {
+   if (options.decompressOnly) {
+      return decompressOnly(options);
+   }
    auto const started = std::chrono::steady_clock::now();
    std::size_t const heapBefore = heapInUse();
    unsigned const threads = threadsFor(options);

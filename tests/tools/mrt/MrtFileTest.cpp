@@ -25,7 +25,7 @@ TEST_F(MrtFileTest, ConcatenatedCompressedStreamsReadAsOne) {
       Report report;
       auto paths = readAll("ab", &report);
       ASSERT_EQ(paths.size(), 2u);
-      EXPECT_EQ(paths[1].prefix, "192.0.2.0/25");
+      EXPECT_EQ(paths[1].route.text(), "192.0.2.0/25");
       EXPECT_TRUE(report.problems.empty());
    }
 }

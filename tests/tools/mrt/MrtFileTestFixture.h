@@ -20,8 +20,8 @@
 namespace QorBgpTools::mrt {
 
 inline void PrintTo(Path const& p, std::ostream* os) {
-   *os << "{t=" << p.timestamp << " peer=" << p.peerAddress << " AS" << p.peerAs << " " << p.prefix
-       << " id=" << (p.pathId ? std::to_string(*p.pathId) : "-") << " attrs=";
+   *os << "{t=" << p.timestamp << " peer=" << p.peerText() << " AS" << p.peerAs << " "
+       << p.route.text() << " id=" << (p.pathId ? std::to_string(*p.pathId) : "-") << " attrs=";
    for (auto const& a : p.attributes) {
       *os << std::hex << int{a.flags} << "/" << std::dec << int{a.typeCode} << ":" << a.value.size()
           << " ";
@@ -65,10 +65,22 @@ inline const Attribute kLongLarge{0xc0, 32, std::vector<U8>(300, 0x2a)};
 inline const Attribute kLongLargeRead{0xd0, 32, std::vector<U8>(300, 0x2a)};
 inline const std::vector<Peer> kPeers{{1, "192.0.2.1", 64500}, {2, "2001:db8::2", 4200000000}};
 
-inline Path path(U32 time, int peer, std::string prefix, std::optional<U32> id,
-                 Attributes attributes) {
-   return {time, kPeers[peer].address, kPeers[peer].as, std::move(prefix),
+inline detail::Address address(std::string_view text) { return detail::parseAddress(text).value(); }
+// An IP route, with a route distinguisher in front when given.
+inline Route route(std::string_view prefix, std::optional<std::array<U8, 8>> distinguisher = {}) {
+   Route r;
+   r.prefix = detail::parsePrefix(prefix).value();
+   r.distinguisher = distinguisher;
+   return r;
+}
+
+inline Path path(U32 time, int peer, Route route, std::optional<U32> id, Attributes attributes) {
+   return {time, address(kPeers[peer].address), kPeers[peer].as, std::move(route),
            id,   std::move(attributes)};
+}
+inline Path path(U32 time, int peer, std::string_view prefix, std::optional<U32> id,
+                 Attributes attributes) {
+   return path(time, peer, route(prefix), id, std::move(attributes));
 }
 
 class MrtTest : public ::testing::Test {

@@ -76,11 +76,12 @@ Sample writeSample(MrtWriter& w) {
       from(path(902, 1, "2001:db8:100::/40", 7, {kExtCommunities}), 13, 2, 1, true),
       from(path(903, 0, "2001:db8:100::/40", 8, {kCommunities}), 13, 2, 1, true),
       path(904, 0, "203.0.113.0/24", {}, {kCommunities}),
-      from(path(906, 1, "65000:1:10.1.0.0/24", 77, {kExtCommunities}), 13, 1, 128, true),
-      {2000, "192.0.2.9", 64501, "192.0.2.0/25", {}, {kOrigin, kCommunities}, 16, 1, 1, false},
-      {2000, "192.0.2.9", 64501, "192.0.2.128/25", {}, {kOrigin, kCommunities}, 16, 1, 1, false},
-      {2001, "2001:db8::9", 4200000001, "10.9.0.0/16", 42, {kOrigin, kLongLargeRead, mpReach}, 17},
-      {2001, "2001:db8::9", 4200000001, "2001:db8:1::/48", 42, {kOrigin, kLongLargeRead, mpReach}, 17, 2},
+      from(path(906, 1, route("10.1.0.0/24", {{0, 0, 0xfd, 0xe8, 0, 0, 0, 1}}),
+                77, {kExtCommunities}), 13, 1, 128, true),
+      {2000, address("192.0.2.9"), 64501, route("192.0.2.0/25"), {}, {kOrigin, kCommunities}, 16, 1, 1, false},
+      {2000, address("192.0.2.9"), 64501, route("192.0.2.128/25"), {}, {kOrigin, kCommunities}, 16, 1, 1, false},
+      {2001, address("2001:db8::9"), 4200000001, route("10.9.0.0/16"), 42, {kOrigin, kLongLargeRead, mpReach}, 17},
+      {2001, address("2001:db8::9"), 4200000001, route("2001:db8:1::/48"), 42, {kOrigin, kLongLargeRead, mpReach}, 17, 2},
       from(path(905, 0, "192.0.2.0/24", {}, {kCommunities}), 12, 1, 1, false),
    };
    return s;
@@ -103,12 +104,13 @@ TEST_F(MrtReaderTest, EveryRecordKindReadsBackInEachCompression) {
       for (Path p; reader->next(p);) {
          paths.push_back(p);
       }
-      Path untouched{1, "x", 2, "y", 3, {}};
+      Path untouched = sample.paths[0];
       EXPECT_FALSE(reader->next(untouched)); // and stays at the end
-      EXPECT_EQ(untouched, (Path{1, "x", 2, "y", 3, {}}));
+      EXPECT_EQ(untouched, sample.paths[0]);
       EXPECT_EQ(paths, sample.paths);
+      EXPECT_EQ(paths[5].route.text(), "65000:1:10.1.0.0/24");
+      EXPECT_EQ(paths[9].peerText(), "2001:db8::9");
       EXPECT_EQ(paths[8].attribute(32), &paths[8].attributes[1]);
-      EXPECT_EQ(paths[8].attribute(99), nullptr);
 
       Report const& r = reader->report();
       EXPECT_EQ(r.records, 13u);
@@ -192,7 +194,8 @@ TEST_F(MrtReaderTest, AddPathNlriUnderPlainSubtypeIsRecognised) {
    // clang-format on
    ASSERT_TRUE(w->close(nullptr));
    auto paths = readAll("addpath");
-   EXPECT_EQ(paths, (std::vector<Path>{{7, "192.0.2.1", 1, "172.17.0.0/24", 2, {}, 16}}));
+   EXPECT_EQ(paths,
+             (std::vector<Path>{{7, address("192.0.2.1"), 1, route("172.17.0.0/24"), 2, {}, 16}}));
 }
 
 TEST_F(MrtReaderTest, CutOffHeaderEndsTheFile) {
@@ -238,7 +241,8 @@ TEST_F(MrtReaderTest, DamagedLengthIsPassedOverToTheNextRecord) {
       U32 const length = row.length == 0xffffffff
                             ? row.length
                             : (U32{bytes[field]} << 24 | U32{bytes[field + 1]} << 16 |
-                               U32{bytes[field + 2]} << 8 | bytes[field + 3]) + row.length;
+                               U32{bytes[field + 2]} << 8 | bytes[field + 3]) +
+                                 row.length;
       for (int i = 0; i < 4; ++i) {
          bytes[field + i] = static_cast<U8>(length >> (24 - 8 * i));
       }
@@ -246,7 +250,8 @@ TEST_F(MrtReaderTest, DamagedLengthIsPassedOverToTheNextRecord) {
       Report report;
       EXPECT_EQ(readAll("damaged", &report).size(), kRecords - row.lost);
       ASSERT_FALSE(report.problems.empty());
-      EXPECT_TRUE(report.problems.back().text.starts_with(row.problem)) << report.problems.back().text;
+      EXPECT_TRUE(report.problems.back().text.starts_with(row.problem))
+         << report.problems.back().text;
       EXPECT_NE(report.problems.back().text.find("bytes to the next record"), std::string::npos);
       EXPECT_GT(report.skippedBytes, 0u);
       EXPECT_EQ(report.bytesRead, bytes.size());
@@ -271,13 +276,26 @@ TEST_F(MrtReaderTest, PathsOfOneMessageShareItsAttributes) {
    for (std::size_t i = 0; i < kAttributes; ++i) {
       attributes.insert(attributes.end(), {0x40, 0x63, 0x00});
    }
-   Body message = Body().raw(std::vector<U8>(16, 0xff)).u16(0xffff).u8(2).u16(0)
-                     .u16(static_cast<U16>(attributes.size())).raw(attributes)
+   Body message = Body()
+                     .raw(std::vector<U8>(16, 0xff))
+                     .u16(0xffff)
+                     .u8(2)
+                     .u16(0)
+                     .u16(static_cast<U16>(attributes.size()))
+                     .raw(attributes)
                      .raw(std::vector<U8>(kRoutes, 0));
    ASSERT_EQ(message.bytes.size(), 0xffffu);
    auto w = create("crafted");
-   w->record(1, 16, 4, Body().u32(1).u32(2).u16(0).u16(1).raw({192, 0, 2, 1})
-                          .raw({192, 0, 2, 2}).raw(message.bytes).bytes);
+   w->record(1, 16, 4,
+             Body()
+                .u32(1)
+                .u32(2)
+                .u16(0)
+                .u16(1)
+                .raw({192, 0, 2, 1})
+                .raw({192, 0, 2, 2})
+                .raw(message.bytes)
+                .bytes);
    ASSERT_TRUE(w->close(nullptr));
 
    std::size_t const heapBefore = heapInUse();
@@ -297,23 +315,36 @@ TEST_F(MrtReaderTest, PathsOfOneMessageShareItsAttributes) {
 }
 
 TEST_F(MrtReaderTest, EvpnAndFlowspecRoutesAreGivenInHex) {
-   const Attribute evpn{0x80, 14, Body().u16(25).u8(70).u8(4).raw({192, 0, 2, 1}).u8(0)
-                                     .u8(3).u8(4).raw({0xde, 0xad, 0xbe, 0xef}).bytes};
-   const Attribute flowspec{0x80, 14, Body().u16(1).u8(133).u8(0).u8(0)
-                                         .u8(5).raw({1, 24, 192, 0, 2}).bytes};
+   const Attribute evpn{0x80, 14,
+                        Body()
+                           .u16(25)
+                           .u8(70)
+                           .u8(4)
+                           .raw({192, 0, 2, 1})
+                           .u8(0)
+                           .u8(3)
+                           .u8(4)
+                           .raw({0xde, 0xad, 0xbe, 0xef})
+                           .bytes};
+   const Attribute flowspec{0x80, 14,
+                            Body().u16(1).u8(133).u8(0).u8(0).u8(5).raw({1, 24, 192, 0, 2}).bytes};
    auto w = create("families");
    for (Attribute const& reach : {evpn, flowspec}) {
-      w->bgp4mpUpdate({.timestamp = 9, .peerAs = 1, .localAs = 2, .peerAddress = "192.0.2.9",
-                       .localAddress = "192.0.2.10", .attributes = {reach}});
+      w->bgp4mpUpdate({.timestamp = 9,
+                       .peerAs = 1,
+                       .localAs = 2,
+                       .peerAddress = "192.0.2.9",
+                       .localAddress = "192.0.2.10",
+                       .attributes = {reach}});
    }
    ASSERT_TRUE(w->close(nullptr));
    Report report;
    auto paths = readAll("families", &report);
    EXPECT_TRUE(report.problems.empty());
    ASSERT_EQ(paths.size(), 2u);
-   EXPECT_EQ(paths[0].prefix, "evpn:3:deadbeef");
+   EXPECT_EQ(paths[0].route.text(), "evpn:3:deadbeef");
    EXPECT_EQ(std::tuple(paths[0].afi, paths[0].safi), std::tuple(25, 70));
-   EXPECT_EQ(paths[1].prefix, "flowspec:0118c00002");
+   EXPECT_EQ(paths[1].route.text(), "flowspec:0118c00002");
    EXPECT_EQ(std::tuple(paths[1].afi, paths[1].safi), std::tuple(1, 133));
 }
 
