@@ -350,9 +350,12 @@ struct PerThreadPaths {
    std::vector<std::vector<Path>> paths;
 };
 
-// Fresh tables each round, shared by the threads or one set per thread.
-double internRound(Workers& workers, int threads, bool privateTables) {
-   std::vector<CommunityTables::Ptr> tables{communityTablesFactory()};
+// Fresh tables each round, shared by the threads or one set per thread; or
+// the `full` tables, which hold every list already (an agent that has
+// converged).
+double internRound(Workers& workers, int threads, bool privateTables,
+                   CommunityTables::Ptr const& full = nullptr) {
+   std::vector<CommunityTables::Ptr> tables{full ? full : communityTablesFactory()};
    while (privateTables && tables.size() < static_cast<std::size_t>(threads)) {
       tables.push_back(communityTablesFactory());
    }
@@ -386,8 +389,13 @@ double floorThreadsRound(Workers& workers, int threads) {
 // mean rate of one thread on each core.
 void BM_TwoThreads(benchmark::State& state) {
    QorBgpGlobals::multiThreadedIs(true);
-   std::vector<double> shared, own, floor, rate1, rate2;
+   std::vector<double> shared, own, steady, floor, rate1, rate2;
    {
+      CommunityTables::Ptr const full = communityTablesFactory();
+      std::vector<AnyCommList> resident;
+      for (Occurrence const& o : workload) {
+         resident.push_back(decodeAttribute(*full, o.type, o.value).list);
+      }
       Workers first(1, 0), second(1, 1), two(2, 0);
       auto speedup = [&](auto&& round) {
          double const both = round(two, 2);
@@ -401,6 +409,8 @@ void BM_TwoThreads(benchmark::State& state) {
             rate1.push_back(one);
             rate2.push_back(s * one);
             own.push_back(speedup([](Workers& w, int n) { return internRound(w, n, true); }).first);
+            steady.push_back(
+               speedup([&](Workers& w, int n) { return internRound(w, n, false, full); }).first);
             floor.push_back(speedup(floorThreadsRound).first);
          }
       }
@@ -417,6 +427,7 @@ void BM_TwoThreads(benchmark::State& state) {
    state.counters["attrs_per_s_2_threads"] = bench::median(rate2);
    spread("speedup_shared", shared);
    spread("speedup_private_tables", own);
+   spread("speedup_shared_full_tables", steady);
    spread("floor_speedup", floor);
 }
 
