@@ -81,11 +81,16 @@ bool matchExtCommList(ExtCommList const* list, MatchMode matchMode,
       if (matchMode == MatchMode::ui && !comm->policyMatchStrepUI()) {
          continue;
       }
+      std::string const member = matchMode == MatchMode::ui
+                                    ? comm->toStrepForUI(false, false, false)
+                                    : comm->toStrepForPolicy(format);
+      if (member.empty()) {
+         continue; // no text of its own (a plain value, a validation state): no separator either
+      }
       if (text.size() != 0) {
          text.append(' ');
       }
-      text.append(matchMode == MatchMode::ui ? comm->toStrepForUI(false, false, false)
-                                             : comm->toStrepForPolicy(format));
+      text.append(member);
    }
    std::string_view const strVal = text.view();
    QOR_ASSERT(!strVal.empty() || matchMode != MatchMode::ui);

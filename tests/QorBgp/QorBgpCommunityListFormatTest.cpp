@@ -62,8 +62,12 @@ TEST_F(ListText, MatchModesRenderTheirOwnTexts) {
    EXPECT_TRUE(matches(*list, MatchMode::classification, "^RT:65000:100 SoO:65000:101 "));
    EXPECT_TRUE(matches(*list, MatchMode::classification, "lbw 65000:1e\\+06"));
    EXPECT_FALSE(matches(*list, MatchMode::standard, "RT:"));
-   // Values without a policy text of their own leave an empty piece.
-   EXPECT_TRUE(matches(*list, MatchMode::standard, "1e\\+06  $"));
+   // Values without a policy text of their own are left out of the join: no
+   // doubled, leading or trailing space.
+   EXPECT_TRUE(matches(*list, MatchMode::standard, "Color:CO\\(00\\):100 65000:1e\\+06$"));
+   EXPECT_FALSE(matches(*list, MatchMode::standard, "  | $|^ "));
+   EXPECT_TRUE(matches(*publish({0x0002fde800000064, 0x4300000000000002}), MatchMode::standard,
+                       "^65000:100$"));
    EXPECT_FALSE(list->hasPolicyMatchStrepUICommunities());
    EXPECT_DEATH(matches(*list, MatchMode::ui, "."),
                 "assertion failed: !strVal.empty\\(\\) \\|\\| matchMode != MatchMode::ui");
