@@ -16,6 +16,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -73,8 +74,10 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
    QORBGP_FUZZ_CHECK(reader != nullptr);
    std::size_t read = 0;
    for (Path path; reader->next(path); ++read) {
-      QORBGP_FUZZ_CHECK(path.attribute(8) && path.attribute(8)->value == communities.value);
-      auto const parsed = detail::parsePrefix(path.prefix);
+      AttributeView const* read8 = path.attribute(8);
+      QORBGP_FUZZ_CHECK(read8 && std::equal(read8->value.begin(), read8->value.end(),
+                                            communities.value.begin(), communities.value.end()));
+      auto const parsed = path.route.ipPrefix();
       QORBGP_FUZZ_CHECK(parsed && detail::parsePrefix(prefix)->length == parsed->length);
    }
    QORBGP_FUZZ_CHECK(reader->report().problems.empty());
