@@ -1,0 +1,59 @@
+/// @file
+/// LargeCommunityMatcher: a compiled route-policy pattern for one large
+/// community, by field or by a regular expression applied to its colon form.
+///
+/// @code{.cpp}
+///   auto fromPeer = largeCommunityMatcherFactory(CommunityFieldPattern::peerAs(),
+///                                                CommunityFieldPattern::any(),
+///                                                CommunityFieldPattern::any());   // peer-as:*:*
+///   fromPeer->matches({65001, 1, 2}, {.peerAs = 65001});                         // true
+/// @endcode
+///
+/// Matchers are immutable once made and may be used from any thread at once.
+#pragma once
+
+#include "QorBgpCommunity/QorBgp/CommunityFieldPattern.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListLarge.h"
+#include "QorBgpCommunity/platform/PosixRegex.h"
+
+#include <string>
+
+namespace Routing::Bgp {
+
+/// One large community: global administrator, local data 1 and local data 2
+/// each matched by a field pattern, or its colon form ("a:b:c") matched by a
+/// POSIX regular expression.
+class QORBGP_EXPORT LargeCommunityMatcher : public Kiv::PtrInterface {
+ public:
+   KIV_POINTER_TYPES(LargeCommunityMatcher);
+   using List = LargeCommList;
+   using Value = Acl::CommunityValue;
+
+   LargeCommunityMatcher(CommunityFieldPattern global, CommunityFieldPattern local1,
+                         CommunityFieldPattern local2) noexcept;
+   /// Kiv::NullArgumentError "LargeCommunityMatcher: null regex" for null.
+   explicit LargeCommunityMatcher(Routing::RouteMap::PosixRegex::PtrConst regex);
+   ~LargeCommunityMatcher() override;
+
+   bool matches(Acl::CommunityValue const& community, CommunityMatchContext const& context) const;
+
+   /// "<global>:<local 1>:<local 2>" in field-pattern text, or "regex <pattern>".
+   std::string toStrep() const;
+
+ private:
+   CommunityFieldPattern const global_;
+   CommunityFieldPattern const local1_;
+   CommunityFieldPattern const local2_;
+   Routing::RouteMap::PosixRegex::PtrConst const regex_; ///< null for a field pattern
+};
+
+/// A new matcher, notification on (see the constructors for the errors).
+///@{
+QORBGP_EXPORT LargeCommunityMatcher::PtrConst
+largeCommunityMatcherFactory(CommunityFieldPattern global, CommunityFieldPattern local1,
+                             CommunityFieldPattern local2);
+QORBGP_EXPORT LargeCommunityMatcher::PtrConst
+largeCommunityMatcherFactory(Routing::RouteMap::PosixRegex::PtrConst regex);
+///@}
+
+} // namespace Routing::Bgp
