@@ -1,8 +1,8 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListMatchMemo.h"
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListFormat.h"
+#include "QorBgpCommunity/QorBgp/detail/SerialAnswerSlots.h"
 #include "QorBgpCommunity/platform/Errors.h"
-#include "QorBgpCommunity/platform/Hash.h"
 
 #include <bit>
 
@@ -24,15 +24,8 @@ RouteMapMatchMemo::~RouteMapMatchMemo() = default;
 template <class List>
 bool RouteMapMatchMemo::answer(List const& list) const {
    QOR_ASSERT(list.commVectorSorted());
-   U64 const serial = list.serial();
-   std::atomic<U64>& slot = slots_[Kiv::hashU64(serial, 0) & mask_];
-   U64 const remembered = slot.load(std::memory_order_relaxed);
-   if (remembered >> 1 == serial) {
-      return (remembered & 1) != 0;
-   }
-   bool const matched = list.matchCommunitiesRegex(regex_.get());
-   slot.store(serial << 1 | (matched ? 1 : 0), std::memory_order_relaxed);
-   return matched;
+   return detail::rememberedAnswer(slots_.get(), mask_, list.serial(),
+                                   [&] { return list.matchCommunitiesRegex(regex_.get()); });
 }
 
 bool RouteMapMatchMemo::matchCommunitiesRegex(CommList const& list) const { return answer(list); }

@@ -1,0 +1,82 @@
+// An edit's memo: the uncached results from two threads at once, and results
+// kept alive only while remembered. Built into the stress program, so that it
+// also runs under ThreadSanitizer.
+#include "QorBgpCommunity/QorBgp/CommunityListEditMemo.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace Routing::Bgp {
+namespace {
+
+using Field = CommunityFieldPattern;
+
+StandardCommunityListEdit::PtrConst dropPeerCommunities() {
+   return standardCommunityListEditFactory(
+      CommunityEditKind::deleteMatching, {},
+      {standardCommunityMatcherFactory(Field::peerAs(), Field::any())});
+}
+
+TEST(CommunityListEditMemo, TwoThreadsGetTheEditsResults) {
+   QorBgpGlobals::multiThreadedIs(true);
+   auto table = commListDedupTableFactory();
+   std::mt19937 random(9);
+   std::vector<CommList::PtrConst> lists;
+   for (int i = 0; i < 300; ++i) {
+      std::vector<U32> values(1 + random() % 4);
+      for (U32& v : values)
+         v = (random() % 4) << 16 | random() % 4;
+      lists.push_back(CommList::dedupValues(table.get(), values));
+   }
+   auto const edit = dropPeerCommunities();
+   CommunityMatchContext const context{.peerAs = 1};
+   StandardCommunityListEditMemo memo(edit, table, context, 64);
+   std::vector<CommList::PtrConst> expected;
+   for (auto const& list : lists) {
+      expected.push_back(edit->apply(list.get(), table.get(), context));
+   }
+   int mismatches[2] = {0, 0};
+   std::vector<std::thread> threads;
+   for (int t = 0; t < 2; ++t) {
+      threads.emplace_back([&, t] {
+         for (int round = 0; round < 30; ++round) {
+            for (std::size_t i = 0; i < lists.size(); ++i) {
+               std::size_t const k = (i * (t + 1) + round) % lists.size();
+               mismatches[t] += memo.apply(lists[k].get()) != expected[k];
+            }
+         }
+      });
+   }
+   for (auto& thread : threads) {
+      thread.join();
+   }
+   EXPECT_EQ(mismatches[0] + mismatches[1], 0);
+}
+
+// With one slot, a result stays interned while the memo remembers it and goes
+// when another list takes the slot; input lists are never held.
+TEST(CommunityListEditMemo, ResultsLiveOnlyWhileRemembered) {
+   QorBgpGlobals::multiThreadedIs(true);
+   auto table = commListDedupTableFactory();
+   Zup::DedupHashTable const& lists = *table->dedupTable();
+   StandardCommunityListEditMemo memo(dropPeerCommunities(), table, {.peerAs = 1}, 1);
+   std::vector<U32> first{0x00010001, 0x00020002}, second{0x00010003, 0x00030003};
+   {
+      CommList::PtrConst input = CommList::dedupValues(table.get(), first);
+      EXPECT_EQ(memo.apply(input.get())->toStrep(), "2:2");
+   }
+   CommList::releaseThreadCache();
+   EXPECT_EQ(lists.size(), 1u); // the input is gone, "2:2" is remembered
+   {
+      CommList::PtrConst input = CommList::dedupValues(table.get(), second);
+      EXPECT_EQ(memo.apply(input.get())->toStrep(), "3:3");
+   }
+   CommList::releaseThreadCache();
+   EXPECT_EQ(lists.size(), 1u); // only "3:3", which took the slot
+}
+
+} // namespace
+} // namespace Routing::Bgp
