@@ -10,7 +10,7 @@ namespace Routing::Bgp {
 char const* communityEditKindName(CommunityEditKind kind) noexcept {
    switch (kind) {
    case CommunityEditKind::replace:
-      return "replace";
+      return "set";
    case CommunityEditKind::add:
       return "add";
    case CommunityEditKind::deleteMatching:
@@ -99,6 +99,20 @@ CommunityListEdit<Matcher>::apply(List const* list, Table const* table,
       return nullptr;
    }
    return given;
+}
+
+template <class Matcher>
+std::string CommunityListEdit<Matcher>::toStrep() const {
+   std::string text = communityEditKindName(kind_);
+   for (Value const& value : values_) {
+      text += ' ';
+      text += List::getStringValue(value);
+   }
+   for (auto const& m : matchers_) {
+      text += ' ';
+      text += m->toStrep();
+   }
+   return text;
 }
 
 template class CommunityListEdit<StandardCommunityMatcher>;

@@ -22,6 +22,7 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
 #include "QorBgpCommunity/QorBgp/StandardCommunityMatcher.h"
 
+#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -35,7 +36,7 @@ enum class CommunityEditKind : U8 {
    deleteAll,      ///< no list is left
 };
 
-/// "replace", "add", "delete" or "delete-all".
+/// "set", "add", "delete" or "delete-all": the word that starts an edit's text.
 QORBGP_EXPORT char const* communityEditKindName(CommunityEditKind kind) noexcept;
 
 /// An edit of lists of one community kind (StandardCommunityMatcher's or
@@ -60,6 +61,10 @@ class QORBGP_EXPORT CommunityListEdit : public Kiv::PtrInterface {
    /// under the identity rules above; placeholders bound from `context`.
    typename List::PtrConst apply(List const* list, Table const* table,
                                  CommunityMatchContext const& context) const;
+
+   /// "set <value>...", "add <value>...", "delete <matcher>..." or
+   /// "delete-all", values in colon form: the policy parser's text.
+   std::string toStrep() const;
 
    CommunityEditKind kind() const noexcept { return kind_; }
    std::vector<Value> const& values() const noexcept { return values_; }

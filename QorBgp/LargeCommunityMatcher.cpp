@@ -33,7 +33,7 @@ bool LargeCommunityMatcher::matches(Acl::CommunityValue const& community,
 }
 
 std::string LargeCommunityMatcher::toStrep() const {
-   return regex_ ? "regex " + regex_->pattern()
+   return regex_ ? detail::quotedRegexText(*regex_)
                  : global_.toStrep() + ":" + local1_.toStrep() + ":" + local2_.toStrep();
 }
 

@@ -37,7 +37,8 @@ class QORBGP_EXPORT LargeCommunityMatcher : public Kiv::PtrInterface {
 
    bool matches(Acl::CommunityValue const& community, CommunityMatchContext const& context) const;
 
-   /// "<global>:<local 1>:<local 2>" in field-pattern text, or "regex <pattern>".
+   /// "<global>:<local 1>:<local 2>" in field-pattern text, or regex "<pattern>" (quotes and
+   /// backslashes escaped): the policy parser's text.
    std::string toStrep() const;
 
  private:

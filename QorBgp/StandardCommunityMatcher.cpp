@@ -41,7 +41,8 @@ bool StandardCommunityMatcher::matches(U32 community, CommunityMatchContext cons
 }
 
 std::string StandardCommunityMatcher::toStrep() const {
-   return regex_ ? "regex " + regex_->pattern() : asPart_.toStrep() + ":" + localPart_.toStrep();
+   return regex_ ? detail::quotedRegexText(*regex_)
+                 : asPart_.toStrep() + ":" + localPart_.toStrep();
 }
 
 StandardCommunityMatcher::PtrConst

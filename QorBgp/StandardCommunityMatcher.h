@@ -39,7 +39,8 @@ class QORBGP_EXPORT StandardCommunityMatcher : public Kiv::PtrInterface {
 
    bool matches(U32 community, CommunityMatchContext const& context) const;
 
-   /// "<as part>:<local part>" in field-pattern text, or "regex <pattern>".
+   /// "<as part>:<local part>" in field-pattern text, or regex "<pattern>" (quotes and
+   /// backslashes escaped): the policy parser's text.
    std::string toStrep() const;
 
  private:

@@ -17,4 +17,17 @@ requiredRegex(Routing::RouteMap::PosixRegex::PtrConst regex, char const* owner) 
    return regex;
 }
 
+// "regex \"<pattern>\"", with '"' and '\\' escaped: what the policy parser reads.
+inline std::string quotedRegexText(Routing::RouteMap::PosixRegex const& regex) {
+   std::string text = "regex \"";
+   for (char c : regex.pattern()) {
+      if (c == '"' || c == '\\') {
+         text.push_back('\\');
+      }
+      text.push_back(c);
+   }
+   text.push_back('"');
+   return text;
+}
+
 } // namespace Routing::Bgp::detail

@@ -36,7 +36,7 @@ TEST(StandardCommunityMatcher, ARegexSeesEachCommunityAloneByNumberAndByName) {
    EXPECT_FALSE(noExport->matches(0xFFFFFF02, context));
    auto const anchored = standardCommunityMatcherFactory(new PosixRegex("^65535:65281$"));
    EXPECT_TRUE(anchored->matches(0xFFFFFF01, context));
-   EXPECT_EQ(anchored->toStrep(), "regex ^65535:65281$");
+   EXPECT_EQ(anchored->toStrep(), "regex \"^65535:65281$\"");
    EXPECT_THROW(standardCommunityMatcherFactory(PosixRegex::PtrConst()), Kiv::NullArgumentError);
 }
 

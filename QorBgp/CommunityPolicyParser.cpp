@@ -1,0 +1,317 @@
+#include "QorBgpCommunity/QorBgp/CommunityPolicyParser.h"
+
+#include "QorBgpCommunity/platform/Errors.h"
+
+#include <charconv>
+#include <optional>
+#include <vector>
+
+namespace Routing::Bgp {
+
+namespace {
+
+using Routing::RouteMap::PosixRegex;
+
+struct Word {
+   std::string text;   ///< unquoted
+   std::size_t column; ///< 1-based
+   bool quoted = false;
+};
+
+[[noreturn]] void expected(std::string_view what, Word const* found, std::size_t endColumn) {
+   std::string message = "at " + std::to_string(found ? found->column : endColumn) + ": expected " +
+                         std::string(what) + ", found ";
+   message += found ? "'" + found->text + "'" : "end of text";
+   throw Kiv::RangeError(message);
+}
+
+// The words of `text`, separated by spaces; a quoted word keeps its spaces.
+std::vector<Word> splitWords(std::string_view text) {
+   std::vector<Word> words;
+   std::size_t at = 0;
+   while (at < text.size()) {
+      if (text[at] == ' ') {
+         ++at;
+         continue;
+      }
+      Word word{{}, at + 1};
+      if (text[at] == '"') {
+         word.quoted = true;
+         ++at;
+         for (;; ++at) {
+            if (at >= text.size()) {
+               expected("a closing '\"'", nullptr, text.size() + 1);
+            }
+            if (text[at] == '"') {
+               ++at;
+               break;
+            }
+            if (text[at] == '\\' && at + 1 < text.size() &&
+                (text[at + 1] == '"' || text[at + 1] == '\\')) {
+               ++at;
+            }
+            word.text.push_back(text[at]);
+         }
+      } else {
+         while (at < text.size() && text[at] != ' ') {
+            word.text.push_back(text[at++]);
+         }
+      }
+      words.push_back(std::move(word));
+   }
+   return words;
+}
+
+// The words of a text being read, one at a time.
+class Reader {
+ public:
+   explicit Reader(std::string_view text) : words_(splitWords(text)), end_(text.size() + 1) {}
+
+   Word const* peek() const noexcept { return next_ < words_.size() ? &words_[next_] : nullptr; }
+   Word const& take(std::string_view what) {
+      if (!peek()) {
+         expected(what, nullptr, end_);
+      }
+      return words_[next_++];
+   }
+   bool done() const noexcept { return next_ == words_.size(); }
+   [[noreturn]] void fail(std::string_view what, Word const& word) const {
+      expected(what, &word, end_);
+   }
+
+ private:
+   std::vector<Word> words_;
+   std::size_t next_ = 0;
+   std::size_t end_;
+};
+
+constexpr std::string_view fieldWhat = "a number, a range, '*', 'peer-as' or 'local-as'";
+
+std::optional<U32> number(std::string_view text, U32 max) {
+   U64 value = 0;
+   auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+   if (text.empty() || error != std::errc() || end != text.data() + text.size() || value > max) {
+      return std::nullopt;
+   }
+   return static_cast<U32>(value);
+}
+
+std::optional<CommunityFieldPattern> field(std::string_view text, U32 max) {
+   if (text == "*")
+      return CommunityFieldPattern::any();
+   if (text == "peer-as")
+      return CommunityFieldPattern::peerAs();
+   if (text == "local-as")
+      return CommunityFieldPattern::localAs();
+   std::size_t const dash = text.find('-');
+   if (dash == std::string_view::npos) {
+      auto const value = number(text, max);
+      return value ? std::optional(CommunityFieldPattern::exact(*value)) : std::nullopt;
+   }
+   auto const low = number(text.substr(0, dash), max), high = number(text.substr(dash + 1), max);
+   if (!low || !high || *low > *high) {
+      return std::nullopt;
+   }
+   return CommunityFieldPattern::range(*low, *high);
+}
+
+// The parts of `text` between colons, when there are exactly `count`.
+std::optional<std::vector<std::string_view>> colonParts(std::string_view text, std::size_t count) {
+   std::vector<std::string_view> parts;
+   for (std::size_t start = 0;;) {
+      std::size_t const colon = text.find(':', start);
+      parts.push_back(text.substr(start, colon - start));
+      if (colon == std::string_view::npos)
+         break;
+      start = colon + 1;
+   }
+   return parts.size() == count ? std::optional(parts) : std::nullopt;
+}
+
+std::optional<U32> wellKnown(std::string_view text) {
+   static constexpr std::pair<std::string_view, U32> names[] = {
+      {"internet", communityInternet},         {"GSHUT", communityGshut},
+      {"llgr-stale", communityLlgrStale},      {"no-llgr", communityNoLlgr},
+      {"no-export", communityNoExport},        {"no-advertise", communityNoAdvertise},
+      {"local-as", communityNoExportSubconfed}};
+   for (auto const& [name, value] : names) {
+      if (text == name)
+         return value;
+   }
+   return std::nullopt;
+}
+
+PosixRegex::PtrConst quotedRegex(Reader& reader) {
+   Word const& word = reader.take("a quoted regular expression");
+   if (!word.quoted) {
+      reader.fail("a quoted regular expression", word);
+   }
+   PosixRegex::Compiled compiled = PosixRegex::compile(word.text);
+   if (!compiled) {
+      reader.fail("a regular expression that compiles (" + compiled.error + ")", word);
+   }
+   return compiled.regex;
+}
+
+// The kinds: how a matcher and a value of each are read.
+struct StandardKind {
+   using Matcher = StandardCommunityMatcher;
+   static constexpr std::string_view matcherWhat =
+      "a community pattern (<as>:<local>, a well-known name or regex \"...\")";
+   static constexpr std::string_view valueWhat = "a community (<as>:<local> or a well-known name)";
+
+   static Matcher::PtrConst matcher(Reader& reader) {
+      Word const& word = reader.take(matcherWhat);
+      if (!word.quoted && word.text == "regex") {
+         return standardCommunityMatcherFactory(quotedRegex(reader));
+      }
+      if (auto const name = wellKnown(word.text); name && !word.quoted) {
+         return standardCommunityMatcherFactory(CommunityFieldPattern::exact(*name >> 16),
+                                                CommunityFieldPattern::exact(*name & 0xFFFF));
+      }
+      auto const parts = colonParts(word.text, 2);
+      if (word.quoted || !parts) {
+         reader.fail(matcherWhat, word);
+      }
+      auto const asPart = field((*parts)[0], 0xFFFF), local = field((*parts)[1], 0xFFFF);
+      if (!asPart || !local) {
+         reader.fail(fieldWhat, word);
+      }
+      return standardCommunityMatcherFactory(*asPart, *local);
+   }
+   static U32 value(Reader& reader) {
+      Word const& word = reader.take(valueWhat);
+      if (auto const name = wellKnown(word.text); name && !word.quoted) {
+         return *name;
+      }
+      auto const parts = colonParts(word.text, 2);
+      std::optional<U32> asPart, local;
+      if (parts && !word.quoted) {
+         asPart = number((*parts)[0], 0xFFFF);
+         local = number((*parts)[1], 0xFFFF);
+      }
+      if (!asPart || !local) {
+         reader.fail(valueWhat, word);
+      }
+      return *asPart << 16 | *local;
+   }
+};
+
+struct LargeKind {
+   using Matcher = LargeCommunityMatcher;
+   static constexpr std::string_view matcherWhat =
+      "a large community pattern (<global>:<local 1>:<local 2> or regex \"...\")";
+   static constexpr std::string_view valueWhat = "a large community (<global>:<local 1>:<local 2>)";
+
+   static Matcher::PtrConst matcher(Reader& reader) {
+      Word const& word = reader.take(matcherWhat);
+      if (!word.quoted && word.text == "regex") {
+         return largeCommunityMatcherFactory(quotedRegex(reader));
+      }
+      auto const parts = colonParts(word.text, 3);
+      if (word.quoted || !parts) {
+         reader.fail(matcherWhat, word);
+      }
+      std::optional<CommunityFieldPattern> fields[3];
+      for (std::size_t i = 0; i < 3; ++i) {
+         fields[i] = field((*parts)[i], 0xFFFFFFFF);
+         if (!fields[i]) {
+            reader.fail(fieldWhat, word);
+         }
+      }
+      return largeCommunityMatcherFactory(*fields[0], *fields[1], *fields[2]);
+   }
+   static Acl::CommunityValue value(Reader& reader) {
+      Word const& word = reader.take(valueWhat);
+      auto const parts = colonParts(word.text, 3);
+      std::optional<U32> numbers[3];
+      for (std::size_t i = 0; parts && !word.quoted && i < 3; ++i) {
+         numbers[i] = number((*parts)[i], 0xFFFFFFFF);
+      }
+      if (!numbers[0] || !numbers[1] || !numbers[2]) {
+         reader.fail(valueWhat, word);
+      }
+      return {*numbers[0], *numbers[1], *numbers[2]};
+   }
+};
+
+// One or more items read by `read` up to the end of the text.
+template <class Read>
+auto oneOrMore(Reader& reader, Read read) {
+   std::vector<decltype(read(reader))> items;
+   do {
+      items.push_back(read(reader));
+   } while (!reader.done());
+   return items;
+}
+
+template <class Kind>
+typename CommunitySetMatcher<typename Kind::Matcher>::PtrConst parseSet(std::string_view text) {
+   constexpr std::string_view modeWhat = "'any', 'all', 'exact' or 'not'";
+   Reader reader(text);
+   Word const* word = &reader.take(modeWhat);
+   bool const inverted = !word->quoted && word->text == "not";
+   if (inverted) {
+      word = &reader.take("'any', 'all' or 'exact'");
+   }
+   std::optional<CommunitySetMode> mode;
+   for (CommunitySetMode m :
+        {CommunitySetMode::any, CommunitySetMode::all, CommunitySetMode::exact}) {
+      if (!word->quoted && word->text == communitySetModeName(m))
+         mode = m;
+   }
+   if (!mode) {
+      reader.fail(inverted ? "'any', 'all' or 'exact'" : modeWhat, *word);
+   }
+   auto matchers = oneOrMore(reader, [](Reader& r) { return Kind::matcher(r); });
+   return Kiv::newNotifying<CommunitySetMatcher<typename Kind::Matcher>>(std::move(matchers), *mode,
+                                                                         inverted);
+}
+
+template <class Kind>
+typename CommunityListEdit<typename Kind::Matcher>::PtrConst parseEdit(std::string_view text) {
+   using Edit = CommunityListEdit<typename Kind::Matcher>;
+   constexpr std::string_view kindWhat = "'set', 'add', 'delete' or 'delete-all'";
+   Reader reader(text);
+   Word const& word = reader.take(kindWhat);
+   std::vector<typename Edit::Value> values;
+   typename Edit::Matchers matchers;
+   CommunityEditKind kind = CommunityEditKind::deleteAll;
+   if (word.quoted) {
+      reader.fail(kindWhat, word);
+   } else if (word.text == "set" || word.text == "add") {
+      kind = word.text == "set" ? CommunityEditKind::replace : CommunityEditKind::add;
+      values = oneOrMore(reader, [](Reader& r) { return Kind::value(r); });
+   } else if (word.text == "delete") {
+      kind = CommunityEditKind::deleteMatching;
+      matchers = oneOrMore(reader, [](Reader& r) { return Kind::matcher(r); });
+   } else if (word.text == "delete-all") {
+      kind = CommunityEditKind::deleteAll;
+      if (Word const* extra = reader.peek()) {
+         reader.fail("end of text", *extra);
+      }
+   } else {
+      reader.fail(kindWhat, word);
+   }
+   return Kiv::newNotifying<Edit>(kind, std::move(values), std::move(matchers));
+}
+
+} // namespace
+
+StandardCommunitySetMatcher::PtrConst parseStandardCommunitySet(std::string_view text) {
+   return parseSet<StandardKind>(text);
+}
+
+LargeCommunitySetMatcher::PtrConst parseLargeCommunitySet(std::string_view text) {
+   return parseSet<LargeKind>(text);
+}
+
+StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view text) {
+   return parseEdit<StandardKind>(text);
+}
+
+LargeCommunityListEdit::PtrConst parseLargeCommunityEdit(std::string_view text) {
+   return parseEdit<LargeKind>(text);
+}
+
+} // namespace Routing::Bgp

@@ -1,0 +1,41 @@
+/// @file
+/// The text of route-policy matchers and edits as an operator writes them in
+/// configuration, parsed into the compiled objects.
+///
+/// @code{.unparsed}
+///   set    := ["not"] ("any" | "all" | "exact") matcher...
+///   edit   := "set" value... | "add" value... | "delete" matcher... | "delete-all"
+///   matcher (standard) := field ":" field | name | "regex" quoted
+///   matcher (large)    := field ":" field ":" field | "regex" quoted
+///   value (standard)   := number ":" number | name
+///   value (large)      := number ":" number ":" number
+///   field  := "*" | number | number "-" number | "peer-as" | "local-as"
+///   name   := "internet" | "GSHUT" | "llgr-stale" | "no-llgr" | "no-export"
+///           | "no-advertise" | "local-as"     (a whole word: the community itself)
+///   quoted := '"' text '"'                    (\" and \\ inside)
+/// @endcode
+///
+/// Words are separated by spaces. For example "any 65000:* *:666",
+/// "not all peer-as:100-199 no-export", "exact regex \"^65000:1[0-9]$\"",
+/// "delete 65000:*", "add 65000:100 no-export", "set 4200000000:1:2".
+///
+/// Bad text raises Kiv::RangeError "at <column>: expected <what>, found
+/// '<word>'" (columns count from 1; "found end of text" at the end); nothing is
+/// built then. A number is decimal, at most 65535 in a standard community and
+/// 4294967295 in a large one.
+#pragma once
+
+#include "QorBgpCommunity/QorBgp/CommunityListEdit.h"
+#include "QorBgpCommunity/QorBgp/CommunitySetMatcher.h"
+
+#include <string_view>
+
+namespace Routing::Bgp {
+
+QORBGP_EXPORT StandardCommunitySetMatcher::PtrConst
+parseStandardCommunitySet(std::string_view text);
+QORBGP_EXPORT LargeCommunitySetMatcher::PtrConst parseLargeCommunitySet(std::string_view text);
+QORBGP_EXPORT StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view text);
+QORBGP_EXPORT LargeCommunityListEdit::PtrConst parseLargeCommunityEdit(std::string_view text);
+
+} // namespace Routing::Bgp
