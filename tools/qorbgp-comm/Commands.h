@@ -31,9 +31,13 @@ struct ShowOptions {
 int runShow(ShowOptions const& options);
 
 struct MatchOptions {
-   // `_` stands for a delimiter: the start or end of the text, or a space.
-   std::string regex;
-   std::vector<std::string> files; // read one after the other
+   // REGEX then FILEs; only FILEs when a set condition is given.
+   std::vector<std::string> arguments;
+   // Set matchers in the library's policy text for the standard and the
+   // large list; local-as in them stands for `localAs`.
+   std::string standardSet;
+   std::string largeSet;
+   U32 localAs = 0;
    PathFilterOptions filter;
    // Which lists the expression is tried on: "standard", "large",
    // "extended", "ipv6"; empty: all four.

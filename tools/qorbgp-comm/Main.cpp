@@ -78,14 +78,20 @@ int main(int argc, char** argv) {
       "match", "Print the paths whose community lists match a route-map regular expression "
                "(POSIX extended syntax); exit status 0 when a path matched, 1 when none did");
    matchCommand
-      ->add_option("REGEX", match.regex,
-                   "Route-map regular expression; _ matches the start, the end or a space, "
-                   "e.g. _3356:666_")
+      ->add_option("[REGEX] FILE", match.arguments,
+                   "Route-map regular expression (_ matches the start, the end or a space, "
+                   "e.g. _3356:666_; left out when --standard or --large is given), then MRT "
+                   "files, read one after the other (- for standard input)")
       ->required();
-   matchCommand
-      ->add_option("FILE", match.files,
-                   "MRT files, read one after the other (- for standard input)")
-      ->required();
+   matchCommand->add_option(
+      "--standard", match.standardSet,
+      "Also require the standard list to satisfy this set matcher, e.g. "
+      "'any peer-as:* *:666' or 'not exact no-export' (see the README for the syntax); "
+      "peer-as is each path's peer AS");
+   matchCommand->add_option("--large", match.largeSet,
+                            "The same for the large list, e.g. 'all local-as:*:0-999'");
+   matchCommand->add_option("--local-as", match.localAs,
+                            "Our AS number, for local-as in --standard and --large (default 0)");
    matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
    matchCommand
       ->add_option("--kind", match.kinds,

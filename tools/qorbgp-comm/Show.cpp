@@ -1,6 +1,7 @@
 // show and match: the community lists of each path of an MRT dump, all of
 // them or those a route-map regular expression matches.
 #include "Commands.h"
+#include "ListConditions.h"
 #include "PathLists.h"
 #include "Progress.h"
 #include "ReadProblems.h"
@@ -178,28 +179,48 @@ int runMatch(MatchOptions const& options) {
    if (!filter) {
       return 2;
    }
-   auto compiled = Routing::RouteMap::PosixRegex::compile(
-      Routing::RouteMap::PosixRegex::withDelimiters(options.regex));
-   if (!compiled) {
-      std::cerr << "qorbgp-comm match: " << compiled.error << '\n';
+   std::string error;
+   auto conditions =
+      ListConditions::parse(options.standardSet, options.largeSet, options.localAs, &error);
+   if (!conditions) {
+      std::cerr << "qorbgp-comm match: " << error << '\n';
       return 2;
    }
+   // Without a set condition the first argument is the expression.
+   bool const hasRegex = conditions->empty();
+   if (options.arguments.size() < (hasRegex ? 2u : 1u)) {
+      std::cerr << "qorbgp-comm match: " << (hasRegex ? "REGEX and FILE" : "FILE") << " required\n";
+      return 2;
+   }
+   Routing::RouteMap::PosixRegex::PtrConst regex;
+   if (hasRegex) {
+      auto compiled = Routing::RouteMap::PosixRegex::compile(
+         Routing::RouteMap::PosixRegex::withDelimiters(options.arguments.front()));
+      if (!compiled) {
+         std::cerr << "qorbgp-comm match: " << compiled.error << '\n';
+         return 2;
+      }
+      regex = compiled.regex;
+   }
+   std::vector<std::string> const files(options.arguments.begin() + (hasRegex ? 1 : 0),
+                                        options.arguments.end());
    auto wanted = [&](char const* kind) {
       return options.kinds.empty() ||
              std::find(options.kinds.begin(), options.kinds.end(), kind) != options.kinds.end();
    };
    bool const standard = wanted("standard"), large = wanted("large"), extended = wanted("extended"),
               ip6 = wanted("ipv6");
-   Routing::RouteMap::PosixRegex const* regex = compiled.regex.get();
+   auto regexMatches = [&](PathLists const& lists) {
+      Routing::RouteMap::PosixRegex const* r = regex.get();
+      return !r || (standard && lists.standard && lists.standard->matchCommunitiesRegex(r)) ||
+             (large && lists.large && lists.large->matchCommunitiesRegex(r)) ||
+             (extended && lists.extended && lists.extended->matchCommunitiesRegex(r)) ||
+             (ip6 && lists.ip6 && r->execute(ip6Text(lists.ip6.get()).c_str()) == 0);
+   };
    U64 matches = 0;
-   bool const whole = forEachPath(
-      options.files, "match", *filter, [&](mrt::Path const& path, PathLists const& lists) {
-         bool const matched =
-            (standard && lists.standard && lists.standard->matchCommunitiesRegex(regex)) ||
-            (large && lists.large && lists.large->matchCommunitiesRegex(regex)) ||
-            (extended && lists.extended && lists.extended->matchCommunitiesRegex(regex)) ||
-            (ip6 && lists.ip6 && regex->execute(ip6Text(lists.ip6.get()).c_str()) == 0);
-         if (matched) {
+   bool const whole =
+      forEachPath(files, "match", *filter, [&](mrt::Path const& path, PathLists const& lists) {
+         if (regexMatches(lists) && conditions->matches(lists, path.peerAs)) {
             ++matches;
             if (options.json) {
                std::cout << jsonText(pathJson(path, lists, false)) << '\n';

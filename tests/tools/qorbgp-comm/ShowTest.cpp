@@ -184,6 +184,19 @@ TEST_F(QorBgpCommFilters, MatchTakesDelimitersKindsAndAnswersAsGrep) {
    EXPECT_EQ(matched("--kind standard,large _3356:666_"), std::pair(0, 1));
    EXPECT_EQ(matched("--kind extended 3356:666_"), std::pair(0, 1));
    EXPECT_EQ(matched("'_65535:0_'"), std::pair(1, 0));
+
+   // Set conditions in the policy text instead of the expression; a path
+   // without a list of that kind holds an empty one.
+   EXPECT_EQ(matched("--standard 'any *:666'"), std::pair(0, 1));
+   EXPECT_EQ(matched("--standard 'not any *:666'"), std::pair(0, 3));
+   EXPECT_EQ(matched("--standard 'any local-as:*' --local-as 3356 --large 'not any *:*:*'"),
+             std::pair(0, 2));
+   EXPECT_EQ(matched("--large 'all 3356:666-667:1'"), std::pair(0, 1));
+   EXPECT_EQ(matched("--standard 'any peer-as:666'"), std::pair(1, 0));
+   Outcome const bad = run("match --standard 'some 1:1' " + rib());
+   EXPECT_EQ(bad.status, 2);
+   EXPECT_EQ(bad.err, "qorbgp-comm match: --standard: at 1: expected 'any', 'all', 'exact' or "
+                      "'not', found 'some'\n");
 }
 
 } // namespace

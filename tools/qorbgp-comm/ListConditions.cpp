@@ -1,0 +1,65 @@
+#include "ListConditions.h"
+
+#include "QorBgpCommunity/QorBgp/CommunityPolicyParser.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
+#include "QorBgpCommunity/platform/Errors.h"
+
+namespace QorBgpTools {
+
+using namespace Routing::Bgp;
+
+namespace {
+
+// Memos per peer: enough slots for the distinct lists of a dump.
+constexpr std::size_t memoSlots = 1 << 14;
+
+} // namespace
+
+template <class Matcher>
+bool ListConditions::Condition<Matcher>::matches(typename Matcher::List const* list,
+                                                 CommunityMatchContext context) {
+   auto& memo = memos[context.peerAs];
+   if (!memo) {
+      memo = std::make_unique<CommunitySetMatchMemo<Matcher>>(set, context, memoSlots);
+   }
+   return memo->matches(list ? *list : *empty);
+}
+
+std::optional<ListConditions> ListConditions::parse(std::string const& standard,
+                                                    std::string const& large, U32 localAs,
+                                                    std::string* error) {
+   ListConditions conditions;
+   conditions.localAs_ = localAs;
+   std::string option;
+   try {
+      if (!standard.empty()) {
+         option = "--standard";
+         auto condition = std::make_shared<Condition<StandardCommunityMatcher>>();
+         condition->set = parseStandardCommunitySet(standard);
+         std::vector<U32> none;
+         condition->empty = CommList::dedupValues(commListDedupTableFactory().get(), none);
+         conditions.standard_ = std::move(condition);
+      }
+      if (!large.empty()) {
+         option = "--large";
+         auto condition = std::make_shared<Condition<LargeCommunityMatcher>>();
+         condition->set = parseLargeCommunitySet(large);
+         std::vector<Acl::CommunityValue> none;
+         condition->empty =
+            LargeCommList::dedupValues(largeCommListDedupTableFactory().get(), none);
+         conditions.large_ = std::move(condition);
+      }
+   } catch (Kiv::RangeError const& e) {
+      *error = option + ": " + e.what();
+      return std::nullopt;
+   }
+   return conditions;
+}
+
+bool ListConditions::matches(PathLists const& lists, U32 peerAs) {
+   CommunityMatchContext const context{.peerAs = peerAs, .localAs = localAs_};
+   return (!standard_ || standard_->matches(lists.standard.get(), context)) &&
+          (!large_ || large_->matches(lists.large.get(), context));
+}
+
+} // namespace QorBgpTools
