@@ -12,22 +12,6 @@ CommunityFieldPattern CommunityFieldPattern::range(U32 low, U32 high) {
    return {Kind::range, low, high};
 }
 
-bool CommunityFieldPattern::matches(U32 value,
-                                    CommunityMatchContext const& context) const noexcept {
-   switch (kind_) {
-   case Kind::any:
-      return true;
-   case Kind::exact:
-   case Kind::range:
-      return low_ <= value && value <= high_;
-   case Kind::peerAs:
-      return value == context.peerAs;
-   case Kind::localAs:
-      return value == context.localAs;
-   }
-   return false;
-}
-
 std::string CommunityFieldPattern::toStrep() const {
    switch (kind_) {
    case Kind::any:

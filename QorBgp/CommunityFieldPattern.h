@@ -38,7 +38,16 @@ class QORBGP_EXPORT CommunityFieldPattern {
    static CommunityFieldPattern peerAs() noexcept { return {Kind::peerAs, 0, 0}; }
    static CommunityFieldPattern localAs() noexcept { return {Kind::localAs, 0, 0}; }
 
-   bool matches(U32 value, CommunityMatchContext const& context) const noexcept;
+   bool matches(U32 value, CommunityMatchContext const& context) const noexcept {
+      switch (kind_) {
+      case Kind::peerAs:
+         return value == context.peerAs;
+      case Kind::localAs:
+         return value == context.localAs;
+      default: // any is the range of every value
+         return low_ <= value && value <= high_;
+      }
+   }
 
    Kind kind() const noexcept { return kind_; }
    /// The bounds of an exact value or a range (any: 0 and 0xFFFFFFFF).

@@ -19,13 +19,7 @@ LargeCommunityMatcher::LargeCommunityMatcher(PosixRegex::PtrConst regex)
 
 LargeCommunityMatcher::~LargeCommunityMatcher() = default;
 
-bool LargeCommunityMatcher::matches(Acl::CommunityValue const& community,
-                                    CommunityMatchContext const& context) const {
-   if (!regex_) {
-      return global_.matches(community.globalAdmin, context) &&
-             local1_.matches(community.localData1, context) &&
-             local2_.matches(community.localData2, context);
-   }
+bool LargeCommunityMatcher::matchesText(Acl::CommunityValue const& community) const {
    Kiv::DynamicBuffer<LargeCommunityFormatter::maxSize + 1> text;
    LargeCommunityFormatter::format(text, community, false);
    text.append('\0');

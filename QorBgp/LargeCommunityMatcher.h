@@ -35,13 +35,20 @@ class QORBGP_EXPORT LargeCommunityMatcher : public Kiv::PtrInterface {
    explicit LargeCommunityMatcher(Routing::RouteMap::PosixRegex::PtrConst regex);
    ~LargeCommunityMatcher() override;
 
-   bool matches(Acl::CommunityValue const& community, CommunityMatchContext const& context) const;
+   bool matches(Acl::CommunityValue const& community, CommunityMatchContext const& context) const {
+      return regex_ ? matchesText(community)
+                    : global_.matches(community.globalAdmin, context) &&
+                         local1_.matches(community.localData1, context) &&
+                         local2_.matches(community.localData2, context);
+   }
 
    /// "<global>:<local 1>:<local 2>" in field-pattern text, or regex "<pattern>" (quotes and
    /// backslashes escaped): the policy parser's text.
    std::string toStrep() const;
 
  private:
+   bool matchesText(Acl::CommunityValue const& community) const;
+
    CommunityFieldPattern const global_;
    CommunityFieldPattern const local1_;
    CommunityFieldPattern const local2_;

@@ -28,11 +28,7 @@ StandardCommunityMatcher::StandardCommunityMatcher(PosixRegex::PtrConst regex)
 
 StandardCommunityMatcher::~StandardCommunityMatcher() = default;
 
-bool StandardCommunityMatcher::matches(U32 community, CommunityMatchContext const& context) const {
-   if (!regex_) {
-      return asPart_.matches(community >> 16, context) &&
-             localPart_.matches(community & 0xFFFF, context);
-   }
+bool StandardCommunityMatcher::matchesText(U32 community) const {
    if (regex_->execute(CommList::getStringValue(community)) == 0) {
       return true;
    }

@@ -37,13 +37,19 @@ class QORBGP_EXPORT StandardCommunityMatcher : public Kiv::PtrInterface {
    explicit StandardCommunityMatcher(Routing::RouteMap::PosixRegex::PtrConst regex);
    ~StandardCommunityMatcher() override;
 
-   bool matches(U32 community, CommunityMatchContext const& context) const;
+   bool matches(U32 community, CommunityMatchContext const& context) const {
+      return regex_ ? matchesText(community)
+                    : asPart_.matches(community >> 16, context) &&
+                         localPart_.matches(community & 0xFFFF, context);
+   }
 
    /// "<as part>:<local part>" in field-pattern text, or regex "<pattern>" (quotes and
    /// backslashes escaped): the policy parser's text.
    std::string toStrep() const;
 
  private:
+   bool matchesText(U32 community) const;
+
    CommunityFieldPattern const asPart_;
    CommunityFieldPattern const localPart_;
    Routing::RouteMap::PosixRegex::PtrConst const regex_; ///< null for a field pattern

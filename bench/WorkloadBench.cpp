@@ -10,6 +10,7 @@
 // spread of their ratios.
 #include "workload/FloorTables.h"
 #include "workload/Measure.h"
+#include "workload/PolicyBench.h"
 #include "workload/Workload.h"
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
@@ -498,6 +499,7 @@ int main(int argc, char** argv) {
    unit(benchmark::RegisterBenchmark("RouteMapMatch", BM_RouteMapMatch)->DenseRange(0, 3));
    unit(benchmark::RegisterBenchmark("TwoThreads", BM_TwoThreads));
    unit(benchmark::RegisterBenchmark("TableSize", BM_TableSize));
+   bench::registerPolicyBenchmarks(workload);
    benchmark::RunSpecifiedBenchmarks();
    benchmark::Shutdown();
    return 0;
