@@ -2,6 +2,7 @@
 
 #include "QorBgpCommunity/platform/Errors.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <vector>
@@ -235,6 +236,84 @@ struct LargeKind {
    }
 };
 
+// An IPv4 address in dotted form, as its 32-bit number.
+std::optional<U32> address(std::string_view text) {
+   U32 value = 0;
+   for (int octet = 0; octet < 4; ++octet) {
+      std::size_t const dot = octet < 3 ? text.find('.') : text.size();
+      auto const part = number(text.substr(0, dot), 255);
+      if (dot == std::string_view::npos || !part) {
+         return std::nullopt;
+      }
+      value = value << 8 | *part;
+      text.remove_prefix(std::min(text.size(), dot + 1));
+   }
+   return value;
+}
+
+struct ExtKind {
+   using Matcher = ExtCommunityMatcher;
+   static constexpr std::string_view matcherWhat =
+      "an extended community pattern ('rt', 'soo', 'color', 'lbw', 'ovs' or 'raw')";
+
+   static Matcher::PtrConst matcher(Reader& reader) {
+      using Kind = ExtCommunityMatcher::Kind;
+      Word const& kindWord = reader.take(matcherWhat);
+      static constexpr std::pair<std::string_view, Kind> kinds[] = {
+         {"rt", Kind::routeTarget},    {"soo", Kind::routeOrigin},      {"color", Kind::color},
+         {"lbw", Kind::linkBandwidth}, {"ovs", Kind::originValidation}, {"raw", Kind::raw}};
+      std::optional<Kind> kind;
+      for (auto const& [word, k] : kinds) {
+         if (!kindWord.quoted && kindWord.text == word)
+            kind = k;
+      }
+      if (!kind) {
+         reader.fail(matcherWhat, kindWord);
+      }
+      if (*kind == Kind::routeTarget || *kind == Kind::routeOrigin || *kind == Kind::raw) {
+         bool const raw = *kind == Kind::raw;
+         constexpr std::string_view pairWhat = "<administrator>:<local> (each a number, a range, "
+                                               "'*', 'peer-as' or 'local-as'; or an IPv4 address)";
+         constexpr std::string_view rawWhat = "<type>:<subtype> (each an octet, a range or '*')";
+         Word const& word = reader.take(raw ? rawWhat : pairWhat);
+         auto const parts = colonParts(word.text, 2);
+         if (word.quoted || !parts) {
+            reader.fail(raw ? rawWhat : pairWhat, word);
+         }
+         U32 const max = raw ? 0xFF : 0xFFFFFFFF;
+         std::optional<U32> const ip = raw ? std::nullopt : address((*parts)[0]);
+         auto const first =
+            ip ? std::optional(CommunityFieldPattern::exact(*ip)) : field((*parts)[0], max);
+         auto const second = field((*parts)[1], max);
+         if (!first || !second) {
+            reader.fail(raw ? rawWhat : pairWhat, word);
+         }
+         return extCommunityMatcherFactory(*kind, *first, *second, ip.has_value());
+      }
+      if (*kind == Kind::originValidation) {
+         constexpr std::string_view stateWhat = "'valid', 'not-found', 'invalid' or a state number";
+         Word const& word = reader.take(stateWhat);
+         static constexpr std::string_view states[] = {"valid", "not-found", "invalid"};
+         for (U32 state = 0; state < 3; ++state) {
+            if (!word.quoted && word.text == states[state]) {
+               return extCommunityMatcherFactory(*kind, CommunityFieldPattern::exact(state));
+            }
+         }
+         auto const state = field(word.text, 0xFF);
+         if (word.quoted || !state) {
+            reader.fail(stateWhat, word);
+         }
+         return extCommunityMatcherFactory(*kind, *state);
+      }
+      Word const& word = reader.take(fieldWhat);
+      auto const value = field(word.text, *kind == Kind::linkBandwidth ? 0xFFFF : 0xFFFFFFFF);
+      if (word.quoted || !value) {
+         reader.fail(fieldWhat, word);
+      }
+      return extCommunityMatcherFactory(*kind, *value);
+   }
+};
+
 // One or more items read by `read` up to the end of the text.
 template <class Read>
 auto oneOrMore(Reader& reader, Read read) {
@@ -304,6 +383,10 @@ StandardCommunitySetMatcher::PtrConst parseStandardCommunitySet(std::string_view
 
 LargeCommunitySetMatcher::PtrConst parseLargeCommunitySet(std::string_view text) {
    return parseSet<LargeKind>(text);
+}
+
+ExtCommunitySetMatcher::PtrConst parseExtCommunitySet(std::string_view text) {
+   return parseSet<ExtKind>(text);
 }
 
 StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view text) {

@@ -7,6 +7,9 @@
 ///   edit   := "set" value... | "add" value... | "delete" matcher... | "delete-all"
 ///   matcher (standard) := field ":" field | name | "regex" quoted
 ///   matcher (large)    := field ":" field ":" field | "regex" quoted
+///   matcher (extended) := ("rt" | "soo") (address | field) ":" field
+///                       | "color" field | "lbw" field | "raw" field ":" field
+///                       | "ovs" ("valid" | "not-found" | "invalid" | field)
 ///   value (standard)   := number ":" number | name
 ///   value (large)      := number ":" number ":" number
 ///   field  := "*" | number | number "-" number | "peer-as" | "local-as"
@@ -15,9 +18,13 @@
 ///   quoted := '"' text '"'                    (\" and \\ inside)
 /// @endcode
 ///
+/// (address: an IPv4 address in dotted form; ExtCommunityMatcher.h says which
+/// values each extended kind matches.)
+///
 /// Words are separated by spaces. For example "any 65000:* *:666",
 /// "not all peer-as:100-199 no-export", "exact regex \"^65000:1[0-9]$\"",
-/// "delete 65000:*", "add 65000:100 no-export", "set 4200000000:1:2".
+/// "delete 65000:*", "add 65000:100 no-export", "set 4200000000:1:2",
+/// "any rt 65000:100-199 soo 192.0.2.1:*", "not any ovs invalid".
 ///
 /// Bad text raises Kiv::RangeError "at <column>: expected <what>, found
 /// '<word>'" (columns count from 1; "found end of text" at the end); nothing is
@@ -35,6 +42,7 @@ namespace Routing::Bgp {
 QORBGP_EXPORT StandardCommunitySetMatcher::PtrConst
 parseStandardCommunitySet(std::string_view text);
 QORBGP_EXPORT LargeCommunitySetMatcher::PtrConst parseLargeCommunitySet(std::string_view text);
+QORBGP_EXPORT ExtCommunitySetMatcher::PtrConst parseExtCommunitySet(std::string_view text);
 QORBGP_EXPORT StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view text);
 QORBGP_EXPORT LargeCommunityListEdit::PtrConst parseLargeCommunityEdit(std::string_view text);
 

@@ -68,5 +68,6 @@ U64 CommunityRulesMatchMemo<Matcher>::answers(List const& list) const {
 
 template class CommunityRulesMatchMemo<StandardCommunityMatcher>;
 template class CommunityRulesMatchMemo<LargeCommunityMatcher>;
+template class CommunityRulesMatchMemo<ExtCommunityMatcher>;
 
 } // namespace Routing::Bgp

@@ -63,8 +63,10 @@ class QORBGP_EXPORT CommunityRulesMatchMemo {
 
 using StandardCommunityRulesMatchMemo = CommunityRulesMatchMemo<StandardCommunityMatcher>;
 using LargeCommunityRulesMatchMemo = CommunityRulesMatchMemo<LargeCommunityMatcher>;
+using ExtCommunityRulesMatchMemo = CommunityRulesMatchMemo<ExtCommunityMatcher>;
 
 extern template class CommunityRulesMatchMemo<StandardCommunityMatcher>;
 extern template class CommunityRulesMatchMemo<LargeCommunityMatcher>;
+extern template class CommunityRulesMatchMemo<ExtCommunityMatcher>;
 
 } // namespace Routing::Bgp

@@ -31,5 +31,6 @@ bool CommunitySetMatchMemo<Matcher>::matches(List const& list) const {
 
 template class CommunitySetMatchMemo<StandardCommunityMatcher>;
 template class CommunitySetMatchMemo<LargeCommunityMatcher>;
+template class CommunitySetMatchMemo<ExtCommunityMatcher>;
 
 } // namespace Routing::Bgp

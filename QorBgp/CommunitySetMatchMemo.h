@@ -52,8 +52,10 @@ class QORBGP_EXPORT CommunitySetMatchMemo {
 
 using StandardCommunitySetMatchMemo = CommunitySetMatchMemo<StandardCommunityMatcher>;
 using LargeCommunitySetMatchMemo = CommunitySetMatchMemo<LargeCommunityMatcher>;
+using ExtCommunitySetMatchMemo = CommunitySetMatchMemo<ExtCommunityMatcher>;
 
 extern template class CommunitySetMatchMemo<StandardCommunityMatcher>;
 extern template class CommunitySetMatchMemo<LargeCommunityMatcher>;
+extern template class CommunitySetMatchMemo<ExtCommunityMatcher>;
 
 } // namespace Routing::Bgp

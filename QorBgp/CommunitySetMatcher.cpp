@@ -73,6 +73,7 @@ std::string CommunitySetMatcher<Matcher>::toStrep() const {
 
 template class CommunitySetMatcher<StandardCommunityMatcher>;
 template class CommunitySetMatcher<LargeCommunityMatcher>;
+template class CommunitySetMatcher<ExtCommunityMatcher>;
 
 StandardCommunitySetMatcher::PtrConst
 standardCommunitySetMatcherFactory(StandardCommunitySetMatcher::Matchers matchers,
@@ -84,6 +85,12 @@ LargeCommunitySetMatcher::PtrConst
 largeCommunitySetMatcherFactory(LargeCommunitySetMatcher::Matchers matchers, CommunitySetMode mode,
                                 bool inverted) {
    return Kiv::newNotifying<LargeCommunitySetMatcher>(std::move(matchers), mode, inverted);
+}
+
+ExtCommunitySetMatcher::PtrConst
+extCommunitySetMatcherFactory(ExtCommunitySetMatcher::Matchers matchers, CommunitySetMode mode,
+                              bool inverted) {
+   return Kiv::newNotifying<ExtCommunitySetMatcher>(std::move(matchers), mode, inverted);
 }
 
 } // namespace Routing::Bgp

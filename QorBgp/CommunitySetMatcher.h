@@ -24,6 +24,7 @@
 /// may be used from any thread at once.
 #pragma once
 
+#include "QorBgpCommunity/QorBgp/ExtCommunityMatcher.h"
 #include "QorBgpCommunity/QorBgp/LargeCommunityMatcher.h"
 #include "QorBgpCommunity/QorBgp/StandardCommunityMatcher.h"
 
@@ -42,8 +43,9 @@ enum class CommunitySetMode : U8 {
 /// "any", "all" or "exact".
 QORBGP_EXPORT char const* communitySetModeName(CommunitySetMode mode) noexcept;
 
-/// Matchers of one community kind (StandardCommunityMatcher or
-/// LargeCommunityMatcher) judging whole lists of that kind.
+/// Matchers of one community kind (StandardCommunityMatcher,
+/// LargeCommunityMatcher or ExtCommunityMatcher) judging whole lists of that
+/// kind.
 template <class Matcher>
 class QORBGP_EXPORT CommunitySetMatcher : public Kiv::PtrInterface {
  public:
@@ -74,9 +76,11 @@ class QORBGP_EXPORT CommunitySetMatcher : public Kiv::PtrInterface {
 
 using StandardCommunitySetMatcher = CommunitySetMatcher<StandardCommunityMatcher>;
 using LargeCommunitySetMatcher = CommunitySetMatcher<LargeCommunityMatcher>;
+using ExtCommunitySetMatcher = CommunitySetMatcher<ExtCommunityMatcher>;
 
 extern template class CommunitySetMatcher<StandardCommunityMatcher>;
 extern template class CommunitySetMatcher<LargeCommunityMatcher>;
+extern template class CommunitySetMatcher<ExtCommunityMatcher>;
 
 /// A new set matcher, notification on (see the constructor for the error).
 ///@{
@@ -86,6 +90,9 @@ standardCommunitySetMatcherFactory(StandardCommunitySetMatcher::Matchers matcher
 QORBGP_EXPORT LargeCommunitySetMatcher::PtrConst
 largeCommunitySetMatcherFactory(LargeCommunitySetMatcher::Matchers matchers, CommunitySetMode mode,
                                 bool inverted);
+QORBGP_EXPORT ExtCommunitySetMatcher::PtrConst
+extCommunitySetMatcherFactory(ExtCommunitySetMatcher::Matchers matchers, CommunitySetMode mode,
+                              bool inverted);
 ///@}
 
 } // namespace Routing::Bgp

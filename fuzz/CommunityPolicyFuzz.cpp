@@ -1,6 +1,6 @@
 // The route-policy parser on arbitrary text, and what it builds on lists.
 //
-// Input: one selector byte (standard or large; set matcher or edit), then the
+// Input: one selector byte (standard, large or extended; set matcher or edit), then the
 // text. Kiv::RangeError is the documented outcome of bad text and is caught;
 // any other exception escapes and fails the run.
 //
@@ -9,6 +9,7 @@
 // its answer; an edit's result is null or an interned list, and applying the
 // edit again to its own result changes nothing for add, delete and delete-all.
 #include "QorBgpCommunity/QorBgp/CommunityPolicyParser.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
 #include "QorBgpCommunity/platform/Errors.h"
 #include "fuzz/FuzzSupport.h"
@@ -51,8 +52,14 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
    static std::vector<Acl::CommunityValue> largeValues{{65001, 0, 666}, {4200000000, 1, 2}};
    static auto const standardList = CommList::dedupValues(standardTable.get(), standardValues);
    static auto const largeList = LargeCommList::dedupValues(largeTable.get(), largeValues);
+   static auto const tables = communityTablesFactory();
+   static auto const extendedList = std::get<ExtCommList::PtrConst>(
+      decodeAttribute(
+         *tables, extCommunity,
+         *parseHex("0002fde900000064 0103c000020100ff 030b000000000064 4300000000000002"))
+         .list);
    try {
-      switch (data[0] % 4) {
+      switch (data[0] % 5) {
       case 0: {
          auto const set = parseStandardCommunitySet(text);
          QORBGP_FUZZ_CHECK(parseStandardCommunitySet(set->toStrep())->toStrep() == set->toStrep());
@@ -69,6 +76,12 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
          auto const e = parseStandardCommunityEdit(text);
          QORBGP_FUZZ_CHECK(parseStandardCommunityEdit(e->toStrep())->toStrep() == e->toStrep());
          edit(*e, standardList.get(), standardTable.get());
+         break;
+      }
+      case 4: {
+         auto const set = parseExtCommunitySet(text);
+         QORBGP_FUZZ_CHECK(parseExtCommunitySet(set->toStrep())->toStrep() == set->toStrep());
+         judge(*set, *extendedList);
          break;
       }
       default: {

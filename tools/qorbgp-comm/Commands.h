@@ -3,6 +3,8 @@
 // match as grep does: 0 something matched, 1 nothing did, 2 a problem.
 #pragma once
 
+#include "ListConditions.h"
+
 #include "PathFilter.h"
 
 #include <string>
@@ -33,10 +35,9 @@ int runShow(ShowOptions const& options);
 struct MatchOptions {
    // REGEX then FILEs; only FILEs when a set condition is given.
    std::vector<std::string> arguments;
-   // Set matchers in the library's policy text for the standard and the
-   // large list; local-as in them stands for `localAs`.
-   std::string standardSet;
-   std::string largeSet;
+   // Set matchers in the library's policy text per list kind; local-as in
+   // them stands for `localAs`.
+   ListConditions::Texts sets;
    U32 localAs = 0;
    PathFilterOptions filter;
    // Which lists the expression is tried on: "standard", "large",

@@ -1,5 +1,5 @@
-// The community conditions `qorbgp-comm match` checks besides its regular
-// expression: a set matcher for the standard list and one for the large list,
+// The community conditions `qorbgp-comm match` checks instead of its regular
+// expression: a set matcher for the standard, the large and the extended list,
 // in the library's policy text, their placeholders bound per path (peer-as:
 // the path's peer AS; local-as: the AS the user names).
 #pragma once
@@ -17,12 +17,16 @@ namespace QorBgpTools {
 
 class ListConditions {
  public:
-   // Parses the two set texts (empty: no condition on that list); on bad
-   // text, nullopt and `error` says which option and why.
-   static std::optional<ListConditions> parse(std::string const& standard, std::string const& large,
-                                              U32 localAs, std::string* error);
+   // The set texts of each list kind (empty: no condition on that list).
+   struct Texts {
+      std::string standard;
+      std::string large;
+      std::string extended;
+   };
+   // Parses the texts; on bad text, nullopt and `error` says which option and why.
+   static std::optional<ListConditions> parse(Texts const& texts, U32 localAs, std::string* error);
 
-   bool empty() const noexcept { return !standard_ && !large_; }
+   bool empty() const noexcept { return !standard_ && !large_ && !extended_; }
    // Whether the path's lists satisfy every condition given. A path without a
    // list of a kind is judged as holding an empty one.
    bool matches(PathLists const& lists, U32 peerAs);
@@ -41,6 +45,7 @@ class ListConditions {
 
    std::shared_ptr<Condition<Routing::Bgp::StandardCommunityMatcher>> standard_;
    std::shared_ptr<Condition<Routing::Bgp::LargeCommunityMatcher>> large_;
+   std::shared_ptr<Condition<Routing::Bgp::ExtCommunityMatcher>> extended_;
    U32 localAs_ = 0;
 };
 

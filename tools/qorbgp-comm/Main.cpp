@@ -84,14 +84,19 @@ int main(int argc, char** argv) {
                    "files, read one after the other (- for standard input)")
       ->required();
    matchCommand->add_option(
-      "--standard", match.standardSet,
+      "--standard", match.sets.standard,
       "Also require the standard list to satisfy this set matcher, e.g. "
       "'any peer-as:* *:666' or 'not exact no-export' (see the README for the syntax); "
       "peer-as is each path's peer AS");
-   matchCommand->add_option("--large", match.largeSet,
+   matchCommand->add_option("--large", match.sets.large,
                             "The same for the large list, e.g. 'all local-as:*:0-999'");
-   matchCommand->add_option("--local-as", match.localAs,
-                            "Our AS number, for local-as in --standard and --large (default 0)");
+   matchCommand->add_option(
+      "--extended", match.sets.extended,
+      "The same for the extended list, e.g. 'any rt 65000:100-199 soo 192.0.2.1:*' or "
+      "'not any ovs invalid'");
+   matchCommand->add_option(
+      "--local-as", match.localAs,
+      "Our AS number, for local-as in --standard, --large and --extended (default 0)");
    matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
    matchCommand
       ->add_option("--kind", match.kinds,

@@ -180,8 +180,7 @@ int runMatch(MatchOptions const& options) {
       return 2;
    }
    std::string error;
-   auto conditions =
-      ListConditions::parse(options.standardSet, options.largeSet, options.localAs, &error);
+   auto conditions = ListConditions::parse(options.sets, options.localAs, &error);
    if (!conditions) {
       std::cerr << "qorbgp-comm match: " << error << '\n';
       return 2;

@@ -193,6 +193,8 @@ TEST_F(QorBgpCommFilters, MatchTakesDelimitersKindsAndAnswersAsGrep) {
              std::pair(0, 2));
    EXPECT_EQ(matched("--large 'all 3356:666-667:1'"), std::pair(0, 1));
    EXPECT_EQ(matched("--standard 'any peer-as:666'"), std::pair(1, 0));
+   EXPECT_EQ(matched("--extended 'any rt 3356:666'"), std::pair(0, 1));
+   EXPECT_EQ(matched("--extended 'not any rt *:*'"), std::pair(0, 3));
    Outcome const bad = run("match --standard 'some 1:1' " + rib());
    EXPECT_EQ(bad.status, 2);
    EXPECT_EQ(bad.err, "qorbgp-comm match: --standard: at 1: expected 'any', 'all', 'exact' or "
