@@ -10,8 +10,8 @@ using namespace Routing::Bgp;
 
 namespace {
 
-// Memos per peer: enough slots for the distinct lists of a dump.
-constexpr std::size_t memoSlots = 1 << 14;
+// Memos per peer (32 KiB each): the distinct lists one peer sends in a dump.
+constexpr std::size_t memoSlots = 1 << 12;
 
 } // namespace
 
