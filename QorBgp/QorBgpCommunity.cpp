@@ -8,12 +8,12 @@
 #include "QorBgpCommunity/QorBgp/detail/DehoardList.h"
 #include "QorBgpCommunity/platform/Errors.h"
 #include "QorBgpCommunity/platform/Hash.h"
+#include "QorBgpCommunity/platform/StreamText.h"
 #include "QorBgpCommunity/platform/Hoard.h"
 #include "QorBgpCommunity/platform/StreamState.h"
 #include "QorBgpCommunity/platform/ValueText.h"
 
 #include <ostream>
-#include <sstream>
 
 namespace Routing::Bgp {
 
@@ -284,9 +284,7 @@ void ExtComm::formatSubtype(std::ostream& os) const {
 void ExtComm::formatCommunityValue(std::ostream& os) const { os << getContent(); }
 
 std::string ExtComm::toStrep() const {
-   std::ostringstream os;
-   os << *this;
-   return std::move(os).str();
+   return Kiv::streamText([this](std::ostream& os) { os << *this; });
 }
 
 std::ostream& operator<<(std::ostream& os, ExtComm const* comm) {
