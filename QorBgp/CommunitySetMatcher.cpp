@@ -74,6 +74,7 @@ std::string CommunitySetMatcher<Matcher>::toStrep() const {
 template class CommunitySetMatcher<StandardCommunityMatcher>;
 template class CommunitySetMatcher<LargeCommunityMatcher>;
 template class CommunitySetMatcher<ExtCommunityMatcher>;
+template class CommunitySetMatcher<ExtCommIp6Matcher>;
 
 StandardCommunitySetMatcher::PtrConst
 standardCommunitySetMatcherFactory(StandardCommunitySetMatcher::Matchers matchers,
@@ -91,6 +92,11 @@ ExtCommunitySetMatcher::PtrConst
 extCommunitySetMatcherFactory(ExtCommunitySetMatcher::Matchers matchers, CommunitySetMode mode,
                               bool inverted) {
    return Kiv::newNotifying<ExtCommunitySetMatcher>(std::move(matchers), mode, inverted);
+}
+
+ExtCommIp6SetMatcher::PtrConst extCommIp6SetMatcherFactory(ExtCommIp6SetMatcher::Matchers matchers,
+                                                           CommunitySetMode mode, bool inverted) {
+   return Kiv::newNotifying<ExtCommIp6SetMatcher>(std::move(matchers), mode, inverted);
 }
 
 } // namespace Routing::Bgp

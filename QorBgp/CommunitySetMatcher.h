@@ -24,6 +24,7 @@
 /// may be used from any thread at once.
 #pragma once
 
+#include "QorBgpCommunity/QorBgp/ExtCommIp6Matcher.h"
 #include "QorBgpCommunity/QorBgp/ExtCommunityMatcher.h"
 #include "QorBgpCommunity/QorBgp/LargeCommunityMatcher.h"
 #include "QorBgpCommunity/QorBgp/StandardCommunityMatcher.h"
@@ -44,8 +45,8 @@ enum class CommunitySetMode : U8 {
 QORBGP_EXPORT char const* communitySetModeName(CommunitySetMode mode) noexcept;
 
 /// Matchers of one community kind (StandardCommunityMatcher,
-/// LargeCommunityMatcher or ExtCommunityMatcher) judging whole lists of that
-/// kind.
+/// LargeCommunityMatcher, ExtCommunityMatcher or ExtCommIp6Matcher) judging
+/// whole lists of that kind.
 template <class Matcher>
 class QORBGP_EXPORT CommunitySetMatcher : public Kiv::PtrInterface {
  public:
@@ -77,10 +78,12 @@ class QORBGP_EXPORT CommunitySetMatcher : public Kiv::PtrInterface {
 using StandardCommunitySetMatcher = CommunitySetMatcher<StandardCommunityMatcher>;
 using LargeCommunitySetMatcher = CommunitySetMatcher<LargeCommunityMatcher>;
 using ExtCommunitySetMatcher = CommunitySetMatcher<ExtCommunityMatcher>;
+using ExtCommIp6SetMatcher = CommunitySetMatcher<ExtCommIp6Matcher>;
 
 extern template class CommunitySetMatcher<StandardCommunityMatcher>;
 extern template class CommunitySetMatcher<LargeCommunityMatcher>;
 extern template class CommunitySetMatcher<ExtCommunityMatcher>;
+extern template class CommunitySetMatcher<ExtCommIp6Matcher>;
 
 /// A new set matcher, notification on (see the constructor for the error).
 ///@{
@@ -93,6 +96,9 @@ largeCommunitySetMatcherFactory(LargeCommunitySetMatcher::Matchers matchers, Com
 QORBGP_EXPORT ExtCommunitySetMatcher::PtrConst
 extCommunitySetMatcherFactory(ExtCommunitySetMatcher::Matchers matchers, CommunitySetMode mode,
                               bool inverted);
+QORBGP_EXPORT ExtCommIp6SetMatcher::PtrConst
+extCommIp6SetMatcherFactory(ExtCommIp6SetMatcher::Matchers matchers, CommunitySetMode mode,
+                            bool inverted);
 ///@}
 
 } // namespace Routing::Bgp
