@@ -312,6 +312,72 @@ struct ExtKind {
       }
       return extCommunityMatcherFactory(*kind, *value);
    }
+
+   // A value's content word: "rt" or "soo" <administrator>:<local> (a two-octet
+   // AS with a four-octet number, an IPv4 address or four-octet AS with a
+   // two-octet number), "color" <n>, "ovs" <state> or "raw" <16 hex digits>.
+   static U64 value(Reader& reader) {
+      constexpr std::string_view valueWhat =
+         "an extended community ('rt', 'soo', 'color', 'ovs' or 'raw')";
+      Word const& kindWord = reader.take(valueWhat);
+      std::string_view const k = kindWord.quoted ? std::string_view() : kindWord.text;
+      if (k == "rt" || k == "soo") {
+         constexpr std::string_view pairWhat =
+            "<administrator>:<local> (an AS up to 65535 with a number up to 4294967295, or an IPv4 "
+            "address or a larger AS with a number up to 65535)";
+         Word const& word = reader.take(pairWhat);
+         auto const parts = colonParts(word.text, 2);
+         U64 const subtype = k == "rt" ? 0x02 : 0x03;
+         if (parts && !word.quoted) {
+            auto const ip = address((*parts)[0]);
+            auto const as = number((*parts)[0], 0xFFFFFFFF);
+            auto const local = number((*parts)[1], 0xFFFFFFFF);
+            if (local && (ip || as)) {
+               U64 const admin = ip ? *ip : *as;
+               if (!ip && admin <= 0xFFFF) {
+                  return subtype << 48 | admin << 32 | *local;
+               }
+               if (*local <= 0xFFFF) {
+                  return U64{ip ? 0x01u : 0x02u} << 56 | subtype << 48 | admin << 16 | *local;
+               }
+            }
+         }
+         reader.fail(pairWhat, word);
+      }
+      if (k == "color") {
+         Word const& word = reader.take("a colour number");
+         auto const colour = number(word.text, 0xFFFFFFFF);
+         if (word.quoted || !colour) {
+            reader.fail("a colour number", word);
+         }
+         return 0x030b000000000000 | *colour;
+      }
+      if (k == "ovs") {
+         Word const& word = reader.take("'valid', 'not-found' or 'invalid'");
+         static constexpr std::string_view states[] = {"valid", "not-found", "invalid"};
+         for (U64 state = 0; state < 3; ++state) {
+            if (!word.quoted && word.text == states[state]) {
+               return 0x4300000000000000 | state;
+            }
+         }
+         reader.fail("'valid', 'not-found' or 'invalid'", word);
+      }
+      if (k == "raw") {
+         constexpr std::string_view rawWhat = "0x and 16 hexadecimal digits";
+         Word const& word = reader.take(rawWhat);
+         U64 content = 0;
+         std::string_view const digits =
+            std::string_view(word.text).substr(std::min<std::size_t>(2, word.text.size()));
+         auto const [end, error] =
+            std::from_chars(digits.data(), digits.data() + digits.size(), content, 16);
+         if (word.quoted || word.text.size() != 18 || word.text.substr(0, 2) != "0x" ||
+             error != std::errc() || end != digits.data() + digits.size()) {
+            reader.fail(rawWhat, word);
+         }
+         return content;
+      }
+      reader.fail(valueWhat, kindWord);
+   }
 };
 
 // One or more items read by `read` up to the end of the text.
@@ -347,13 +413,12 @@ typename CommunitySetMatcher<typename Kind::Matcher>::PtrConst parseSet(std::str
                                                                          inverted);
 }
 
-template <class Kind>
-typename CommunityListEdit<typename Kind::Matcher>::PtrConst parseEdit(std::string_view text) {
-   using Edit = CommunityListEdit<typename Kind::Matcher>;
+template <class Kind, class Edit = CommunityListEdit<typename Kind::Matcher>>
+typename Edit::PtrConst parseEdit(std::string_view text) {
    constexpr std::string_view kindWhat = "'set', 'add', 'delete' or 'delete-all'";
    Reader reader(text);
    Word const& word = reader.take(kindWhat);
-   std::vector<typename Edit::Value> values;
+   std::vector<decltype(Kind::value(reader))> values;
    typename Edit::Matchers matchers;
    CommunityEditKind kind = CommunityEditKind::deleteAll;
    if (word.quoted) {
@@ -395,6 +460,10 @@ StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view 
 
 LargeCommunityListEdit::PtrConst parseLargeCommunityEdit(std::string_view text) {
    return parseEdit<LargeKind>(text);
+}
+
+ExtCommListEdit::PtrConst parseExtCommunityEdit(std::string_view text) {
+   return parseEdit<ExtKind, ExtCommListEdit>(text);
 }
 
 } // namespace Routing::Bgp

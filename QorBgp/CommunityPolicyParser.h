@@ -12,6 +12,9 @@
 ///                       | "ovs" ("valid" | "not-found" | "invalid" | field)
 ///   value (standard)   := number ":" number | name
 ///   value (large)      := number ":" number ":" number
+///   value (extended)   := ("rt" | "soo") (address | number) ":" number
+///                       | "color" number | "ovs" ("valid" | "not-found" | "invalid")
+///                       | "raw" "0x" 16 hexadecimal digits
 ///   field  := "*" | number | number "-" number | "peer-as" | "local-as"
 ///   name   := "internet" | "GSHUT" | "llgr-stale" | "no-llgr" | "no-export"
 ///           | "no-advertise" | "local-as"     (a whole word: the community itself)
@@ -34,6 +37,7 @@
 
 #include "QorBgpCommunity/QorBgp/CommunityListEdit.h"
 #include "QorBgpCommunity/QorBgp/CommunitySetMatcher.h"
+#include "QorBgpCommunity/QorBgp/ExtCommListEdit.h"
 
 #include <string_view>
 
@@ -45,5 +49,6 @@ QORBGP_EXPORT LargeCommunitySetMatcher::PtrConst parseLargeCommunitySet(std::str
 QORBGP_EXPORT ExtCommunitySetMatcher::PtrConst parseExtCommunitySet(std::string_view text);
 QORBGP_EXPORT StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view text);
 QORBGP_EXPORT LargeCommunityListEdit::PtrConst parseLargeCommunityEdit(std::string_view text);
+QORBGP_EXPORT ExtCommListEdit::PtrConst parseExtCommunityEdit(std::string_view text);
 
 } // namespace Routing::Bgp

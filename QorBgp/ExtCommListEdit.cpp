@@ -29,7 +29,54 @@ ExtCommList::PtrConst publish(std::vector<ExtComm::PtrConst> comms, std::vector<
    return ExtCommList::dedupComms(lists, comms);
 }
 
+// A value in the policy parser's words.
+std::string valueText(U64 content) {
+   U8 const type = static_cast<U8>(content >> 56), subtype = static_cast<U8>(content >> 48);
+   std::string const kind = subtype == 0x02 ? "rt " : "soo ";
+   if ((subtype == 0x02 || subtype == 0x03) && type == 0x00) {
+      return kind + std::to_string(content >> 32 & 0xFFFF) + ":" +
+             std::to_string(content & 0xFFFFFFFF);
+   }
+   if ((subtype == 0x02 || subtype == 0x03) && type == 0x02 &&
+       (content >> 16 & 0xFFFFFFFF) > 0xFFFF) {
+      return kind + std::to_string(content >> 16 & 0xFFFFFFFF) + ":" +
+             std::to_string(content & 0xFFFF);
+   }
+   if ((subtype == 0x02 || subtype == 0x03) && type == 0x01) {
+      U32 const a = static_cast<U32>(content >> 16);
+      return kind + std::to_string(a >> 24) + "." + std::to_string(a >> 16 & 0xFF) + "." +
+             std::to_string(a >> 8 & 0xFF) + "." + std::to_string(a & 0xFF) + ":" +
+             std::to_string(content & 0xFFFF);
+   }
+   if (type == 0x03 && subtype == 0x0b && (content >> 32 & 0xFFFF) == 0) {
+      return "color " + std::to_string(content & 0xFFFFFFFF);
+   }
+   if (type == 0x43 && subtype == 0x00 && (content & ~U64{0xFF} & 0xFFFFFFFFFFFF) == 0 &&
+       (content & 0xFF) <= 2) {
+      static char const* const states[] = {"valid", "not-found", "invalid"};
+      return std::string("ovs ") + states[content & 0xFF];
+   }
+   char hex[19] = "0x";
+   for (int i = 0; i < 16; ++i) {
+      hex[2 + i] = "0123456789abcdef"[content >> (60 - 4 * i) & 0xF];
+   }
+   return std::string("raw ") + hex;
+}
+
 } // namespace
+
+std::string ExtCommListEdit::toStrep() const {
+   std::string text = communityEditKindName(kind_);
+   for (U64 content : contents_) {
+      text += ' ';
+      text += valueText(content);
+   }
+   for (auto const& m : matchers_) {
+      text += ' ';
+      text += m->toStrep();
+   }
+   return text;
+}
 
 ExtCommListEdit::ExtCommListEdit(CommunityEditKind kind, std::vector<U64> contents,
                                  Matchers matchers)

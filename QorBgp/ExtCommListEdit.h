@@ -27,6 +27,7 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityDedupTable.h"
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListExtDedupTable.h"
 
+#include <string>
 #include <vector>
 
 namespace Routing::Bgp {
@@ -47,6 +48,12 @@ class QORBGP_EXPORT ExtCommListEdit : public Kiv::PtrInterface {
    ExtCommList::PtrConst apply(ExtCommList const* list, ExtCommDedupTable const* values,
                                ExtCommListDedupTable const* lists,
                                CommunityMatchContext const& context) const;
+
+   /// "set <value>...", "add <value>...", "delete <matcher>..." or
+   /// "delete-all": the policy parser's text. A value prints as "rt", "soo",
+   /// "color" or "ovs" with its fields when it is of such a layout, else as
+   /// "raw 0x<16 hex digits>".
+   std::string toStrep() const;
 
    CommunityEditKind kind() const noexcept { return kind_; }
    std::vector<U64> const& contents() const noexcept { return contents_; }

@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
          *parseHex("0002fde900000064 0103c000020100ff 030b000000000064 4300000000000002"))
          .list);
    try {
-      switch (data[0] % 5) {
+      switch (data[0] % 6) {
       case 0: {
          auto const set = parseStandardCommunitySet(text);
          QORBGP_FUZZ_CHECK(parseStandardCommunitySet(set->toStrep())->toStrep() == set->toStrep());
@@ -76,6 +76,14 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
          auto const e = parseStandardCommunityEdit(text);
          QORBGP_FUZZ_CHECK(parseStandardCommunityEdit(e->toStrep())->toStrep() == e->toStrep());
          edit(*e, standardList.get(), standardTable.get());
+         break;
+      }
+      case 5: {
+         auto const e = parseExtCommunityEdit(text);
+         QORBGP_FUZZ_CHECK(parseExtCommunityEdit(e->toStrep())->toStrep() == e->toStrep());
+         auto const result = e->apply(extendedList.get(), tables->extCommDedupTable().get(),
+                                      tables->extCommListDedupTable().get(), context);
+         QORBGP_FUZZ_CHECK(!result || result->isDeduped());
          break;
       }
       case 4: {

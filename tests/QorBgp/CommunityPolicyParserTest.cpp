@@ -33,6 +33,14 @@ TEST(CommunityPolicyParser, TextsParseAndPrintBackCanonically) {
              "delete *:666 65535:65283");
    EXPECT_EQ(parseLargeCommunityEdit("set 4200000000:1:2")->toStrep(), "set 4200000000:1:2");
    EXPECT_EQ(parseLargeCommunityEdit("delete-all")->kind(), CommunityEditKind::deleteAll);
+   // Extended values in order of their content words.
+   EXPECT_EQ(parseExtCommunityEdit("add raw 0x8006000000000000 ovs invalid color 100 "
+                                   "rt 4200000000:7 soo 192.0.2.1:5 rt 65000:100")
+                ->toStrep(),
+             "add rt 65000:100 soo 192.0.2.1:5 rt 4200000000:7 color 100 ovs invalid "
+             "raw 0x8006000000000000");
+   EXPECT_EQ(parseExtCommunityEdit("delete rt peer-as:*")->toStrep(), "delete rt peer-as:*");
+   EXPECT_THROW(parseExtCommunityEdit("add rt 70000:70000"), Kiv::RangeError);
 
    auto const blackhole = parseStandardCommunitySet("any peer-as:666");
    auto table = commListDedupTableFactory();
