@@ -380,6 +380,44 @@ struct ExtKind {
    }
 };
 
+struct Ip6Kind {
+   using Matcher = ExtCommIp6Matcher;
+   static constexpr std::string_view typeWhat = "<type>:<subtype> (each an octet, a range or '*')";
+   static constexpr std::string_view addressWhat =
+      "<IPv6 prefix>/<length>:<local> (the local administrator a number, a range, '*', "
+      "'peer-as' or 'local-as')";
+
+   static Matcher::PtrConst matcher(Reader& reader) {
+      Word const& types = reader.take(typeWhat);
+      auto const parts = colonParts(types.text, 2);
+      std::optional<CommunityFieldPattern> type, subtype;
+      if (parts && !types.quoted) {
+         type = field((*parts)[0], 0xFF);
+         subtype = field((*parts)[1], 0xFF);
+      }
+      if (!type || !subtype) {
+         reader.fail(typeWhat, types);
+      }
+      Word const& word = reader.take(addressWhat);
+      std::string_view const text = word.text;
+      std::size_t const slash = text.find('/');
+      std::size_t const colon = text.rfind(':');
+      std::optional<Qornet::Ip6Addr> prefix;
+      std::optional<U32> length;
+      std::optional<CommunityFieldPattern> local;
+      if (!word.quoted && slash != std::string_view::npos && colon != std::string_view::npos &&
+          colon > slash) {
+         prefix = Qornet::Ip6Addr::parse(text.substr(0, slash));
+         length = number(text.substr(slash + 1, colon - slash - 1), 128);
+         local = field(text.substr(colon + 1), 0xFFFF);
+      }
+      if (!prefix || !length || !local) {
+         reader.fail(addressWhat, word);
+      }
+      return extCommIp6MatcherFactory(*type, *subtype, *prefix, *length, *local);
+   }
+};
+
 // One or more items read by `read` up to the end of the text.
 template <class Read>
 auto oneOrMore(Reader& reader, Read read) {
@@ -452,6 +490,10 @@ LargeCommunitySetMatcher::PtrConst parseLargeCommunitySet(std::string_view text)
 
 ExtCommunitySetMatcher::PtrConst parseExtCommunitySet(std::string_view text) {
    return parseSet<ExtKind>(text);
+}
+
+ExtCommIp6SetMatcher::PtrConst parseExtCommIp6Set(std::string_view text) {
+   return parseSet<Ip6Kind>(text);
 }
 
 StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view text) {

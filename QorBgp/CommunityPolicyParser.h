@@ -10,6 +10,8 @@
 ///   matcher (extended) := ("rt" | "soo") (address | field) ":" field
 ///                       | "color" field | "lbw" field | "raw" field ":" field
 ///                       | "ovs" ("valid" | "not-found" | "invalid" | field)
+///   matcher (ipv6)     := field ":" field ipv6-prefix "/" length ":" field
+///                         (type:subtype, then the address prefix and local administrator)
 ///   value (standard)   := number ":" number | name
 ///   value (large)      := number ":" number ":" number
 ///   value (extended)   := ("rt" | "soo") (address | number) ":" number
@@ -47,6 +49,7 @@ QORBGP_EXPORT StandardCommunitySetMatcher::PtrConst
 parseStandardCommunitySet(std::string_view text);
 QORBGP_EXPORT LargeCommunitySetMatcher::PtrConst parseLargeCommunitySet(std::string_view text);
 QORBGP_EXPORT ExtCommunitySetMatcher::PtrConst parseExtCommunitySet(std::string_view text);
+QORBGP_EXPORT ExtCommIp6SetMatcher::PtrConst parseExtCommIp6Set(std::string_view text);
 QORBGP_EXPORT StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view text);
 QORBGP_EXPORT LargeCommunityListEdit::PtrConst parseLargeCommunityEdit(std::string_view text);
 QORBGP_EXPORT ExtCommListEdit::PtrConst parseExtCommunityEdit(std::string_view text);

@@ -1,6 +1,6 @@
 // The route-policy parser on arbitrary text, and what it builds on lists.
 //
-// Input: one selector byte (standard, large or extended; set matcher or edit), then the
+// Input: one selector byte (the community kind; set matcher or edit), then the
 // text. Kiv::RangeError is the documented outcome of bad text and is caught;
 // any other exception escapes and fails the run.
 //
@@ -53,13 +53,17 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
    static auto const standardList = CommList::dedupValues(standardTable.get(), standardValues);
    static auto const largeList = LargeCommList::dedupValues(largeTable.get(), largeValues);
    static auto const tables = communityTablesFactory();
+   static auto const ip6List = std::get<ExtCommIp6List::PtrConst>(
+      decodeAttribute(*tables, extCommunityIp6,
+                      *parseHex("0002 20010db8000000000000000000000001 0102"))
+         .list);
    static auto const extendedList = std::get<ExtCommList::PtrConst>(
       decodeAttribute(
          *tables, extCommunity,
          *parseHex("0002fde900000064 0103c000020100ff 030b000000000064 4300000000000002"))
          .list);
    try {
-      switch (data[0] % 6) {
+      switch (data[0] % 7) {
       case 0: {
          auto const set = parseStandardCommunitySet(text);
          QORBGP_FUZZ_CHECK(parseStandardCommunitySet(set->toStrep())->toStrep() == set->toStrep());
@@ -76,6 +80,12 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
          auto const e = parseStandardCommunityEdit(text);
          QORBGP_FUZZ_CHECK(parseStandardCommunityEdit(e->toStrep())->toStrep() == e->toStrep());
          edit(*e, standardList.get(), standardTable.get());
+         break;
+      }
+      case 6: {
+         auto const set = parseExtCommIp6Set(text);
+         QORBGP_FUZZ_CHECK(parseExtCommIp6Set(set->toStrep())->toStrep() == set->toStrep());
+         judge(*set, *ip6List);
          break;
       }
       case 5: {

@@ -1,5 +1,6 @@
 #include "QorBgpCommunity/QorBgp/ExtCommIp6Matcher.h"
 
+#include "QorBgpCommunity/QorBgp/CommunityPolicyParser.h"
 #include "QorBgpCommunity/QorBgp/CommunitySetMatcher.h"
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
 #include "QorBgpCommunity/platform/Errors.h"
@@ -23,6 +24,11 @@ TEST(ExtCommIp6Matcher, TypeSubtypeAddressPrefixAndLocalAdministrator) {
                                               *Qornet::Ip6Addr::parse("2001:db8:ffff::"), 32,
                                               Field::range(256, 300));
    EXPECT_EQ(site->toStrep(), "0:2 2001:db8::/32:256-300");
+   EXPECT_EQ(
+      parseExtCommIp6Set("not any 0:2 2001:db8:ffff::/32:256-300 *:* ::/0:peer-as")->toStrep(),
+      "not any 0:2 2001:db8::/32:256-300 *:* ::/0:peer-as");
+   EXPECT_THROW(parseExtCommIp6Set("any 0:2 2001:db8::32"), Kiv::RangeError);
+   EXPECT_THROW(parseExtCommIp6Set("any 0:2 2001:db8::/129:1"), Kiv::RangeError);
    auto const matches = [&](ExtCommIp6Matcher::PtrConst const& m, CommunitySetMode mode) {
       return extCommIp6SetMatcherFactory({m}, mode, false)->matches(*list, {});
    };
