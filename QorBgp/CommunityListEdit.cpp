@@ -1,6 +1,6 @@
 #include "QorBgpCommunity/QorBgp/CommunityListEdit.h"
 
-#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/detail/MatcherSupport.h"
 
 #include <algorithm>
 #include <iterator>
@@ -23,13 +23,6 @@ char const* communityEditKindName(CommunityEditKind kind) noexcept {
 
 namespace {
 
-template <class Value>
-std::vector<Value> sortedUnique(std::vector<Value> values) {
-   std::sort(values.begin(), values.end());
-   values.erase(std::unique(values.begin(), values.end()), values.end());
-   return values;
-}
-
 // The interned list of `values` (sorted, unique); null for none.
 template <class List, class Table, class Value>
 typename List::PtrConst publish(Table const* table, std::vector<Value> values) {
@@ -44,17 +37,9 @@ typename List::PtrConst publish(Table const* table, std::vector<Value> values) {
 template <class Matcher>
 CommunityListEdit<Matcher>::CommunityListEdit(CommunityEditKind kind, std::vector<Value> values,
                                               Matchers matchers)
-    : kind_(kind), values_(sortedUnique(std::move(values))), matchers_(std::move(matchers)) {
-   bool const takesValues = kind == CommunityEditKind::replace || kind == CommunityEditKind::add;
-   if (!takesValues && !values_.empty()) {
-      throw Kiv::RangeError(std::string(communityEditKindName(kind)) + " takes no values");
-   }
-   if (kind != CommunityEditKind::deleteMatching && !matchers_.empty()) {
-      throw Kiv::RangeError(std::string(communityEditKindName(kind)) + " takes no matchers");
-   }
-   if (std::find(matchers_.begin(), matchers_.end(), nullptr) != matchers_.end()) {
-      throw Kiv::NullArgumentError("CommunityListEdit: null matcher");
-   }
+    : kind_(kind), values_(detail::sortedUnique(std::move(values))),
+      matchers_(std::move(matchers)) {
+   detail::checkEditArguments(kind, !values_.empty(), matchers_, "CommunityListEdit");
 }
 
 template <class Matcher>

@@ -1,6 +1,6 @@
 #include "QorBgpCommunity/QorBgp/ExtCommListEdit.h"
 
-#include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/QorBgp/detail/MatcherSupport.h"
 
 #include <algorithm>
 #include <iterator>
@@ -8,12 +8,6 @@
 namespace Routing::Bgp {
 
 namespace {
-
-std::vector<U64> sortedUnique(std::vector<U64> contents) {
-   std::sort(contents.begin(), contents.end());
-   contents.erase(std::unique(contents.begin(), contents.end()), contents.end());
-   return contents;
-}
 
 U64 contentOf(ExtComm::PtrConst const& comm) noexcept { return comm->community(); }
 
@@ -80,17 +74,9 @@ std::string ExtCommListEdit::toStrep() const {
 
 ExtCommListEdit::ExtCommListEdit(CommunityEditKind kind, std::vector<U64> contents,
                                  Matchers matchers)
-    : kind_(kind), contents_(sortedUnique(std::move(contents))), matchers_(std::move(matchers)) {
-   bool const takesValues = kind == CommunityEditKind::replace || kind == CommunityEditKind::add;
-   if (!takesValues && !contents_.empty()) {
-      throw Kiv::RangeError(std::string(communityEditKindName(kind)) + " takes no values");
-   }
-   if (kind != CommunityEditKind::deleteMatching && !matchers_.empty()) {
-      throw Kiv::RangeError(std::string(communityEditKindName(kind)) + " takes no matchers");
-   }
-   if (std::find(matchers_.begin(), matchers_.end(), nullptr) != matchers_.end()) {
-      throw Kiv::NullArgumentError("ExtCommListEdit: null matcher");
-   }
+    : kind_(kind), contents_(detail::sortedUnique(std::move(contents))),
+      matchers_(std::move(matchers)) {
+   detail::checkEditArguments(kind, !contents_.empty(), matchers_, "ExtCommListEdit");
 }
 
 ExtCommListEdit::~ExtCommListEdit() = default;

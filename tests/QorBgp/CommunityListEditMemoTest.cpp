@@ -3,10 +3,10 @@
 // also runs under ThreadSanitizer.
 #include "QorBgpCommunity/QorBgp/CommunityListEditMemo.h"
 
+#include "MemoTestSupport.h"
+
 #include <gtest/gtest.h>
 
-#include <random>
-#include <thread>
 #include <vector>
 
 namespace Routing::Bgp {
@@ -23,14 +23,7 @@ StandardCommunityListEdit::PtrConst dropPeerCommunities() {
 TEST(CommunityListEditMemo, TwoThreadsGetTheEditsResults) {
    QorBgpGlobals::multiThreadedIs(true);
    auto table = commListDedupTableFactory();
-   std::mt19937 random(9);
-   std::vector<CommList::PtrConst> lists;
-   for (int i = 0; i < 300; ++i) {
-      std::vector<U32> values(1 + random() % 4);
-      for (U32& v : values)
-         v = (random() % 4) << 16 | random() % 4;
-      lists.push_back(CommList::dedupValues(table.get(), values));
-   }
+   std::vector<CommList::PtrConst> const lists = test::smallLists(*table, 9);
    auto const edit = dropPeerCommunities();
    CommunityMatchContext const context{.peerAs = 1};
    StandardCommunityListEditMemo memo(edit, table, context, 64);
@@ -38,22 +31,10 @@ TEST(CommunityListEditMemo, TwoThreadsGetTheEditsResults) {
    for (auto const& list : lists) {
       expected.push_back(edit->apply(list.get(), table.get(), context));
    }
-   int mismatches[2] = {0, 0};
-   std::vector<std::thread> threads;
-   for (int t = 0; t < 2; ++t) {
-      threads.emplace_back([&, t] {
-         for (int round = 0; round < 30; ++round) {
-            for (std::size_t i = 0; i < lists.size(); ++i) {
-               std::size_t const k = (i * (t + 1) + round) % lists.size();
-               mismatches[t] += memo.apply(lists[k].get()) != expected[k];
-            }
-         }
-      });
-   }
-   for (auto& thread : threads) {
-      thread.join();
-   }
-   EXPECT_EQ(mismatches[0] + mismatches[1], 0);
+   EXPECT_EQ(
+      test::mismatchesOfTwoThreads(
+         lists.size(), [&](std::size_t k) { return (memo.apply(lists[k].get()) != expected[k]); }),
+      0);
 }
 
 // With one slot, a result stays interned while the memo remembers it and goes

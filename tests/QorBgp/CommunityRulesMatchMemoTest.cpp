@@ -7,10 +7,10 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
 #include "QorBgpCommunity/platform/Errors.h"
 
+#include "MemoTestSupport.h"
+
 #include <gtest/gtest.h>
 
-#include <random>
-#include <thread>
 #include <vector>
 
 namespace Routing::Bgp {
@@ -19,14 +19,7 @@ namespace {
 TEST(CommunityRulesMatchMemo, TwoThreadsRacingForFewSlotsGetEveryRulesAnswer) {
    QorBgpGlobals::multiThreadedIs(true);
    auto table = commListDedupTableFactory();
-   std::mt19937 random(12);
-   std::vector<CommList::PtrConst> lists;
-   for (int i = 0; i < 300; ++i) {
-      std::vector<U32> values(1 + random() % 4);
-      for (U32& v : values)
-         v = (random() % 4) << 16 | random() % 4;
-      lists.push_back(CommList::dedupValues(table.get(), values));
-   }
+   std::vector<CommList::PtrConst> const lists = test::smallLists(*table, 12);
    CommunityMatchContext const context{.peerAs = 1, .localAs = 2};
    StandardCommunityRulesMatchMemo::Rules const rules{
       parseStandardCommunitySet("any peer-as:*"), parseStandardCommunitySet("all local-as:0-1 *:3"),
@@ -39,22 +32,10 @@ TEST(CommunityRulesMatchMemo, TwoThreadsRacingForFewSlotsGetEveryRulesAnswer) {
          bits |= U64{rules[i]->matches(*list, context)} << i;
       expected.push_back(bits);
    }
-   int mismatches[2] = {0, 0};
-   std::vector<std::thread> threads;
-   for (int t = 0; t < 2; ++t) {
-      threads.emplace_back([&, t] {
-         for (int round = 0; round < 30; ++round) {
-            for (std::size_t i = 0; i < lists.size(); ++i) {
-               std::size_t const k = (i * (t + 1) + round) % lists.size();
-               mismatches[t] += memo.answers(*lists[k]) != expected[k];
-            }
-         }
-      });
-   }
-   for (auto& thread : threads) {
-      thread.join();
-   }
-   EXPECT_EQ(mismatches[0] + mismatches[1], 0);
+   EXPECT_EQ(
+      test::mismatchesOfTwoThreads(
+         lists.size(), [&](std::size_t k) { return (memo.answers(*lists[k]) != expected[k]); }),
+      0);
    EXPECT_THROW(StandardCommunityRulesMatchMemo(
                    StandardCommunityRulesMatchMemo::Rules(65, rules[0]), context),
                 Kiv::RangeError);

@@ -5,10 +5,10 @@
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListDedupTable.h"
 
+#include "MemoTestSupport.h"
+
 #include <gtest/gtest.h>
 
-#include <random>
-#include <thread>
 #include <vector>
 
 namespace Routing::Bgp {
@@ -19,14 +19,7 @@ using Field = CommunityFieldPattern;
 TEST(CommunitySetMatchMemo, TwoThreadsGetTheMatchersAnswersForTheMemosContext) {
    QorBgpGlobals::multiThreadedIs(true);
    auto table = commListDedupTableFactory();
-   std::mt19937 random(8);
-   std::vector<CommList::PtrConst> lists;
-   for (int i = 0; i < 300; ++i) {
-      std::vector<U32> values(1 + random() % 4);
-      for (U32& v : values)
-         v = (random() % 4) << 16 | random() % 4;
-      lists.push_back(CommList::dedupValues(table.get(), values));
-   }
+   std::vector<CommList::PtrConst> const lists = test::smallLists(*table, 8);
    auto const fromPeer = standardCommunitySetMatcherFactory(
       {standardCommunityMatcherFactory(Field::peerAs(), Field::any())}, CommunitySetMode::any,
       false);
@@ -39,23 +32,12 @@ TEST(CommunitySetMatchMemo, TwoThreadsGetTheMatchersAnswersForTheMemosContext) {
       expected2.push_back(fromPeer->matches(*list, {.peerAs = 2}));
    }
    ASSERT_NE(expected1, expected2);
-   int mismatches[2] = {0, 0};
-   std::vector<std::thread> threads;
-   for (int t = 0; t < 2; ++t) {
-      threads.emplace_back([&, t] {
-         for (int round = 0; round < 30; ++round) {
-            for (std::size_t i = 0; i < lists.size(); ++i) {
-               std::size_t const k = (i * (t + 1) + round) % lists.size();
-               mismatches[t] += peer1.matches(*lists[k]) != expected1[k];
-               mismatches[t] += peer2.matches(*lists[k]) != expected2[k];
-            }
-         }
-      });
-   }
-   for (auto& thread : threads) {
-      thread.join();
-   }
-   EXPECT_EQ(mismatches[0] + mismatches[1], 0);
+   EXPECT_EQ(test::mismatchesOfTwoThreads(lists.size(),
+                                          [&](std::size_t k) {
+                                             return (peer1.matches(*lists[k]) != expected1[k]) ||
+                                                    (peer2.matches(*lists[k]) != expected2[k]);
+                                          }),
+             0);
 }
 
 } // namespace

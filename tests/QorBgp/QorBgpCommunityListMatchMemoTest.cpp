@@ -3,10 +3,11 @@
 // fuzz target checks the answers over releases and reused addresses).
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListMatchMemo.h"
 
+#include "MemoTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
-#include <thread>
 #include <vector>
 
 namespace Routing::Bgp {
@@ -37,22 +38,11 @@ TEST(RouteMapMatchMemo, TwoThreadsShareOneMemo) {
    for (auto const& list : lists) {
       expected.push_back(list->matchCommunitiesRegex(regex.get()));
    }
-   int mismatches[2] = {0, 0};
-   std::vector<std::thread> threads;
-   for (int t = 0; t < 2; ++t) {
-      threads.emplace_back([&, t] {
-         for (int round = 0; round < 50; ++round) {
-            for (std::size_t i = 0; i < lists.size(); ++i) {
-               std::size_t const k = (i * (t + 1) + round) % lists.size();
-               mismatches[t] += memo.matchCommunitiesRegex(*lists[k]) != expected[k];
-            }
-         }
-      });
-   }
-   for (auto& thread : threads) {
-      thread.join();
-   }
-   EXPECT_EQ(mismatches[0] + mismatches[1], 0);
+   EXPECT_EQ(test::mismatchesOfTwoThreads(
+                lists.size(),
+                [&](std::size_t k) { return memo.matchCommunitiesRegex(*lists[k]) != expected[k]; },
+                50),
+             0);
 }
 
 } // namespace
