@@ -11,6 +11,12 @@ namespace {
 
 U64 contentOf(ExtComm::PtrConst const& comm) noexcept { return comm->community(); }
 
+// Content words and interned values in one ascending order.
+struct ContentOrder {
+   bool operator()(U64 a, ExtComm::PtrConst const& b) const noexcept { return a < contentOf(b); }
+   bool operator()(ExtComm::PtrConst const& a, U64 b) const noexcept { return contentOf(a) < b; }
+};
+
 // The interned list of `comms` and of the values of `more`; null for none.
 ExtCommList::PtrConst publish(std::vector<ExtComm::PtrConst> comms, std::vector<U64> const& more,
                               ExtCommDedupTable const* values, ExtCommListDedupTable const* lists) {
@@ -88,19 +94,19 @@ ExtCommList::PtrConst ExtCommListEdit::apply(ExtCommList const* list,
    ExtCommList::PtrConst const given(list);
    static ExtCommList::CommVector const none;
    auto const& current = list ? *list->commVectorRawPtr() : none; // ascending by content
-   std::vector<U64> present;
-   present.reserve(current.size());
-   std::transform(current.begin(), current.end(), std::back_inserter(present), contentOf);
    switch (kind_) {
    case CommunityEditKind::replace:
-      if (present == contents_) {
+      if (std::equal(current.begin(), current.end(), contents_.begin(), contents_.end(),
+                     [](ExtComm::PtrConst const& comm, U64 content) {
+                        return contentOf(comm) == content;
+                     })) {
          return given;
       }
       return publish({}, contents_, values, lists);
    case CommunityEditKind::add: {
       std::vector<U64> missing;
-      std::set_difference(contents_.begin(), contents_.end(), present.begin(), present.end(),
-                          std::back_inserter(missing));
+      std::set_difference(contents_.begin(), contents_.end(), current.begin(), current.end(),
+                          std::back_inserter(missing), ContentOrder());
       if (missing.empty()) {
          return given;
       }
