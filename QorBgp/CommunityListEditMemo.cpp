@@ -10,18 +10,18 @@ namespace Routing::Bgp {
 
 template <class Matcher>
 CommunityListEditMemo<Matcher>::CommunityListEditMemo(typename Edit::PtrConst edit,
-                                                      typename Table::PtrConst table,
+                                                      CommunityTables::PtrConst tables,
                                                       CommunityMatchContext context,
                                                       std::size_t slots)
-    : edit_(std::move(edit)), table_(std::move(table)), context_(context),
+    : edit_(std::move(edit)), tables_(std::move(tables)), context_(context),
       mask_(std::bit_ceil(std::max<std::size_t>(slots, 1)) - 1),
       slots_(std::make_unique<Slot[]>(mask_ + 1)),
       stripes_(std::make_unique<std::mutex[]>(stripeCount)) {
    if (!edit_) {
       throw Kiv::NullArgumentError("CommunityListEditMemo: null edit");
    }
-   if (!table_) {
-      throw Kiv::NullArgumentError("CommunityListEditMemo: null table");
+   if (!tables_) {
+      throw Kiv::NullArgumentError("CommunityListEditMemo: null tables");
    }
 }
 
@@ -32,7 +32,7 @@ template <class Matcher>
 typename CommunityListEditMemo<Matcher>::List::PtrConst
 CommunityListEditMemo<Matcher>::apply(List const* list) const {
    if (!list) {
-      return edit_->apply(nullptr, table_.get(), context_);
+      return edit_->apply(nullptr, *tables_, context_);
    }
    U64 const serial = list->serial();
    std::size_t const index = Kiv::hashU64(serial, 0) & mask_;
@@ -45,7 +45,7 @@ CommunityListEditMemo<Matcher>::apply(List const* list) const {
       }
    }
    // Edited outside the lock: publishing may take the tables' locks.
-   typename List::PtrConst result = edit_->apply(list, table_.get(), context_);
+   typename List::PtrConst result = edit_->apply(list, *tables_, context_);
    typename List::PtrConst replaced;
    {
       std::lock_guard lock(stripe);
@@ -58,5 +58,7 @@ CommunityListEditMemo<Matcher>::apply(List const* list) const {
 
 template class CommunityListEditMemo<StandardCommunityMatcher>;
 template class CommunityListEditMemo<LargeCommunityMatcher>;
+template class CommunityListEditMemo<ExtCommunityMatcher>;
+template class CommunityListEditMemo<ExtCommIp6Matcher>;
 
 } // namespace Routing::Bgp

@@ -1,13 +1,12 @@
 /// @file
-/// CommunityListEditMemo: an edit's results for one table and evaluation
+/// CommunityListEditMemo: an edit's results for one set of tables and evaluation
 /// context, remembered per published list, so that a policy run over a full
 /// table edits each distinct list once.
 ///
 /// @code{.cpp}
-///   StandardCommunityListEditMemo memo(scrub, table, {.peerAs = 65001, .localAs = 65000});
+///   StandardCommunityListEditMemo memo(scrub, tables, {.peerAs = 65001, .localAs = 65000});
 ///   for (auto& path : pathsFromPeer) {
-///      path.communities = memo.apply(path.communities.get());   // as scrub->apply(..., table,
-///      context)
+///      path.communities = memo.apply(path.communities.get()); // scrub->apply(.., *tables, ..)
 ///   }
 /// @endcode
 ///
@@ -28,19 +27,19 @@
 
 namespace Routing::Bgp {
 
-/// Remembers an edit's results, for one table and context, per published list.
+/// Remembers an edit's results, for one set of tables and one context, per
+/// published list.
 template <class Matcher>
 class QORBGP_EXPORT CommunityListEditMemo {
  public:
    using Edit = CommunityListEdit<Matcher>;
    using List = typename Edit::List;
-   using Table = typename Edit::Table;
    /// Enough for the distinct lists of a full table.
    static constexpr std::size_t defaultSlots = 1 << 14;
 
    /// Kiv::NullArgumentError "CommunityListEditMemo: null edit" or "... null
-   /// table" for null. `slots` is rounded up to a power of two.
-   CommunityListEditMemo(typename Edit::PtrConst edit, typename Table::PtrConst table,
+   /// tables" for null. `slots` is rounded up to a power of two.
+   CommunityListEditMemo(typename Edit::PtrConst edit, CommunityTables::PtrConst tables,
                          CommunityMatchContext context, std::size_t slots = defaultSlots);
    ~CommunityListEditMemo();
    CommunityListEditMemo(CommunityListEditMemo const&) = delete;
@@ -57,7 +56,7 @@ class QORBGP_EXPORT CommunityListEditMemo {
    static constexpr std::size_t stripeCount = 64;
 
    typename Edit::PtrConst const edit_;
-   typename Table::PtrConst const table_;
+   CommunityTables::PtrConst const tables_;
    CommunityMatchContext const context_;
    std::size_t const mask_;
    std::unique_ptr<Slot[]> const slots_;
@@ -67,8 +66,12 @@ class QORBGP_EXPORT CommunityListEditMemo {
 
 using StandardCommunityListEditMemo = CommunityListEditMemo<StandardCommunityMatcher>;
 using LargeCommunityListEditMemo = CommunityListEditMemo<LargeCommunityMatcher>;
+using ExtCommListEditMemo = CommunityListEditMemo<ExtCommunityMatcher>;
+using ExtCommIp6ListEditMemo = CommunityListEditMemo<ExtCommIp6Matcher>;
 
 extern template class CommunityListEditMemo<StandardCommunityMatcher>;
 extern template class CommunityListEditMemo<LargeCommunityMatcher>;
+extern template class CommunityListEditMemo<ExtCommunityMatcher>;
+extern template class CommunityListEditMemo<ExtCommIp6Matcher>;
 
 } // namespace Routing::Bgp

@@ -416,6 +416,34 @@ struct Ip6Kind {
       }
       return extCommIp6MatcherFactory(*type, *subtype, *prefix, *length, *local);
    }
+
+   static ExtCommIp6Content value(Reader& reader) {
+      constexpr std::string_view typeValueWhat = "<type>:<subtype> (each an octet)";
+      constexpr std::string_view addressValueWhat = "<IPv6 address>:<local administrator>";
+      Word const& types = reader.take(typeValueWhat);
+      auto const parts = colonParts(types.text, 2);
+      std::optional<U32> type, subtype;
+      if (parts && !types.quoted) {
+         type = number((*parts)[0], 0xFF);
+         subtype = number((*parts)[1], 0xFF);
+      }
+      if (!type || !subtype) {
+         reader.fail(typeValueWhat, types);
+      }
+      Word const& word = reader.take(addressValueWhat);
+      std::size_t const colon = word.text.rfind(':');
+      std::optional<Qornet::Ip6Addr> address;
+      std::optional<U32> local;
+      if (!word.quoted && colon != std::string::npos) {
+         address = Qornet::Ip6Addr::parse(std::string_view(word.text).substr(0, colon));
+         local = number(std::string_view(word.text).substr(colon + 1), 0xFFFF);
+      }
+      if (!address || !local) {
+         reader.fail(addressValueWhat, word);
+      }
+      return ExtCommIp6Content(static_cast<U8>(*type), static_cast<U8>(*subtype), *address,
+                               static_cast<U16>(*local));
+   }
 };
 
 // One or more items read by `read` up to the end of the text.
@@ -505,7 +533,11 @@ LargeCommunityListEdit::PtrConst parseLargeCommunityEdit(std::string_view text) 
 }
 
 ExtCommListEdit::PtrConst parseExtCommunityEdit(std::string_view text) {
-   return parseEdit<ExtKind, ExtCommListEdit>(text);
+   return parseEdit<ExtKind>(text);
+}
+
+ExtCommIp6ListEdit::PtrConst parseExtCommIp6Edit(std::string_view text) {
+   return parseEdit<Ip6Kind>(text);
 }
 
 } // namespace Routing::Bgp

@@ -17,6 +17,8 @@
 ///   value (extended)   := ("rt" | "soo") (address | number) ":" number
 ///                       | "color" number | "ovs" ("valid" | "not-found" | "invalid")
 ///                       | "raw" "0x" 16 hexadecimal digits
+///   value (ipv6)       := number ":" number ipv6-address ":" number
+///                         (type:subtype, then the address and local administrator)
 ///   field  := "*" | number | number "-" number | "peer-as" | "local-as"
 ///   name   := "internet" | "GSHUT" | "llgr-stale" | "no-llgr" | "no-export"
 ///           | "no-advertise" | "local-as"     (a whole word: the community itself)
@@ -39,7 +41,6 @@
 
 #include "QorBgpCommunity/QorBgp/CommunityListEdit.h"
 #include "QorBgpCommunity/QorBgp/CommunitySetMatcher.h"
-#include "QorBgpCommunity/QorBgp/ExtCommListEdit.h"
 
 #include <string_view>
 
@@ -53,5 +54,6 @@ QORBGP_EXPORT ExtCommIp6SetMatcher::PtrConst parseExtCommIp6Set(std::string_view
 QORBGP_EXPORT StandardCommunityListEdit::PtrConst parseStandardCommunityEdit(std::string_view text);
 QORBGP_EXPORT LargeCommunityListEdit::PtrConst parseLargeCommunityEdit(std::string_view text);
 QORBGP_EXPORT ExtCommListEdit::PtrConst parseExtCommunityEdit(std::string_view text);
+QORBGP_EXPORT ExtCommIp6ListEdit::PtrConst parseExtCommIp6Edit(std::string_view text);
 
 } // namespace Routing::Bgp

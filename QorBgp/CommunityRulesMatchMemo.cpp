@@ -57,7 +57,7 @@ U64 CommunityRulesMatchMemo<Matcher>::answers(List const& list) const {
    // left alone.
    U64 held = slot.serial.load(std::memory_order_relaxed);
    if (held == busy || !slot.serial.compare_exchange_strong(held, busy, std::memory_order_acquire,
-                                                           std::memory_order_relaxed)) {
+                                                            std::memory_order_relaxed)) {
       return computed;
    }
    std::atomic_thread_fence(std::memory_order_release);
@@ -69,5 +69,6 @@ U64 CommunityRulesMatchMemo<Matcher>::answers(List const& list) const {
 template class CommunityRulesMatchMemo<StandardCommunityMatcher>;
 template class CommunityRulesMatchMemo<LargeCommunityMatcher>;
 template class CommunityRulesMatchMemo<ExtCommunityMatcher>;
+template class CommunityRulesMatchMemo<ExtCommIp6Matcher>;
 
 } // namespace Routing::Bgp

@@ -64,9 +64,11 @@ class QORBGP_EXPORT CommunityRulesMatchMemo {
 using StandardCommunityRulesMatchMemo = CommunityRulesMatchMemo<StandardCommunityMatcher>;
 using LargeCommunityRulesMatchMemo = CommunityRulesMatchMemo<LargeCommunityMatcher>;
 using ExtCommunityRulesMatchMemo = CommunityRulesMatchMemo<ExtCommunityMatcher>;
+using ExtCommIp6RulesMatchMemo = CommunityRulesMatchMemo<ExtCommIp6Matcher>;
 
 extern template class CommunityRulesMatchMemo<StandardCommunityMatcher>;
 extern template class CommunityRulesMatchMemo<LargeCommunityMatcher>;
 extern template class CommunityRulesMatchMemo<ExtCommunityMatcher>;
+extern template class CommunityRulesMatchMemo<ExtCommIp6Matcher>;
 
 } // namespace Routing::Bgp

@@ -32,5 +32,6 @@ bool CommunitySetMatchMemo<Matcher>::matches(List const& list) const {
 template class CommunitySetMatchMemo<StandardCommunityMatcher>;
 template class CommunitySetMatchMemo<LargeCommunityMatcher>;
 template class CommunitySetMatchMemo<ExtCommunityMatcher>;
+template class CommunitySetMatchMemo<ExtCommIp6Matcher>;
 
 } // namespace Routing::Bgp

@@ -53,9 +53,11 @@ class QORBGP_EXPORT CommunitySetMatchMemo {
 using StandardCommunitySetMatchMemo = CommunitySetMatchMemo<StandardCommunityMatcher>;
 using LargeCommunitySetMatchMemo = CommunitySetMatchMemo<LargeCommunityMatcher>;
 using ExtCommunitySetMatchMemo = CommunitySetMatchMemo<ExtCommunityMatcher>;
+using ExtCommIp6SetMatchMemo = CommunitySetMatchMemo<ExtCommIp6Matcher>;
 
 extern template class CommunitySetMatchMemo<StandardCommunityMatcher>;
 extern template class CommunitySetMatchMemo<LargeCommunityMatcher>;
 extern template class CommunitySetMatchMemo<ExtCommunityMatcher>;
+extern template class CommunitySetMatchMemo<ExtCommIp6Matcher>;
 
 } // namespace Routing::Bgp

@@ -28,6 +28,7 @@ class QORBGP_EXPORT ExtCommIp6Matcher : public Kiv::PtrInterface {
    KIV_POINTER_TYPES(ExtCommIp6Matcher);
    using List = ExtCommIp6List;
    using Value = ExtCommIp6::PtrConst;
+   using Content = ExtCommIp6Content; ///< a value as an edit adds or sets it
 
    /// The address matches when its first `prefixLength` bits are `prefix`'s
    /// (0: every address). Kiv::RangeError "prefix length <n> is above 128",

@@ -28,6 +28,7 @@ class QORBGP_EXPORT LargeCommunityMatcher : public Kiv::PtrInterface {
    KIV_POINTER_TYPES(LargeCommunityMatcher);
    using List = LargeCommList;
    using Value = Acl::CommunityValue;
+   using Content = Acl::CommunityValue; ///< a value as an edit adds or sets it
 
    LargeCommunityMatcher(CommunityFieldPattern global, CommunityFieldPattern local1,
                          CommunityFieldPattern local2) noexcept;

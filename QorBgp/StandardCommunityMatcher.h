@@ -29,6 +29,7 @@ class QORBGP_EXPORT StandardCommunityMatcher : public Kiv::PtrInterface {
    KIV_POINTER_TYPES(StandardCommunityMatcher);
    using List = CommList;
    using Value = U32;
+   using Content = U32; ///< a value as an edit adds or sets it
 
    /// Kiv::RangeError "standard community field <text> is above 65535" when
    /// a field names a value no 16-bit part can hold.

@@ -30,12 +30,12 @@ void judge(Set const& set, List const& list) {
    QORBGP_FUZZ_CHECK(inverted->matches(list, context) == !answer);
 }
 
-template <class Edit, class List, class Table>
-void edit(Edit const& e, List const* list, Table const* table) {
-   auto const result = e.apply(list, table, context);
+template <class Edit, class List>
+void edit(Edit const& e, List const* list, CommunityTables const& tables) {
+   auto const result = e.apply(list, tables, context);
    QORBGP_FUZZ_CHECK(!result || result->isDeduped());
    if (e.kind() != CommunityEditKind::replace) {
-      QORBGP_FUZZ_CHECK(e.apply(result.get(), table, context) == result);
+      QORBGP_FUZZ_CHECK(e.apply(result.get(), tables, context) == result);
    }
 }
 
@@ -46,13 +46,13 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
       return 0;
    }
    std::string_view const text(reinterpret_cast<char const*>(data + 1), size - 1);
-   static auto const standardTable = commListDedupTableFactory();
-   static auto const largeTable = largeCommListDedupTableFactory();
+   static auto const tables = communityTablesFactory();
    static std::vector<U32> standardValues{0, 65001u << 16 | 666, 0xFFFFFF01, 65000u << 16 | 100};
    static std::vector<Acl::CommunityValue> largeValues{{65001, 0, 666}, {4200000000, 1, 2}};
-   static auto const standardList = CommList::dedupValues(standardTable.get(), standardValues);
-   static auto const largeList = LargeCommList::dedupValues(largeTable.get(), largeValues);
-   static auto const tables = communityTablesFactory();
+   static auto const standardList =
+      CommList::dedupValues(tables->commListDedupTable().get(), standardValues);
+   static auto const largeList =
+      LargeCommList::dedupValues(tables->largeCommListDedupTable().get(), largeValues);
    static auto const ip6List = std::get<ExtCommIp6List::PtrConst>(
       decodeAttribute(*tables, extCommunityIp6,
                       *parseHex("0002 20010db8000000000000000000000001 0102"))
@@ -63,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
          *parseHex("0002fde900000064 0103c000020100ff 030b000000000064 4300000000000002"))
          .list);
    try {
-      switch (data[0] % 7) {
+      switch (data[0] % 8) {
       case 0: {
          auto const set = parseStandardCommunitySet(text);
          QORBGP_FUZZ_CHECK(parseStandardCommunitySet(set->toStrep())->toStrep() == set->toStrep());
@@ -79,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
       case 2: {
          auto const e = parseStandardCommunityEdit(text);
          QORBGP_FUZZ_CHECK(parseStandardCommunityEdit(e->toStrep())->toStrep() == e->toStrep());
-         edit(*e, standardList.get(), standardTable.get());
+         edit(*e, standardList.get(), *tables);
          break;
       }
       case 6: {
@@ -91,9 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
       case 5: {
          auto const e = parseExtCommunityEdit(text);
          QORBGP_FUZZ_CHECK(parseExtCommunityEdit(e->toStrep())->toStrep() == e->toStrep());
-         auto const result = e->apply(extendedList.get(), tables->extCommDedupTable().get(),
-                                      tables->extCommListDedupTable().get(), context);
-         QORBGP_FUZZ_CHECK(!result || result->isDeduped());
+         edit(*e, extendedList.get(), *tables);
          break;
       }
       case 4: {
@@ -102,10 +100,16 @@ extern "C" int LLVMFuzzerTestOneInput(U8 const* data, std::size_t size) {
          judge(*set, *extendedList);
          break;
       }
+      case 7: {
+         auto const e = parseExtCommIp6Edit(text);
+         QORBGP_FUZZ_CHECK(parseExtCommIp6Edit(e->toStrep())->toStrep() == e->toStrep());
+         edit(*e, ip6List.get(), *tables);
+         break;
+      }
       default: {
          auto const e = parseLargeCommunityEdit(text);
          QORBGP_FUZZ_CHECK(parseLargeCommunityEdit(e->toStrep())->toStrep() == e->toStrep());
-         edit(*e, largeList.get(), largeTable.get());
+         edit(*e, largeList.get(), *tables);
          break;
       }
       }

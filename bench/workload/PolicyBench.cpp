@@ -133,14 +133,14 @@ void BM_PolicyOfTenRules(benchmark::State& state) {
 void BM_EditFromMemo(benchmark::State& state) {
    Paths const p;
    auto const edit = parseStandardCommunityEdit("delete peer-as:*");
-   StandardCommunityListEditMemo memo(edit, p.tables->commListDedupTable(), context);
+   StandardCommunityListEditMemo memo(edit, p.tables, context);
    double afresh = 0, memoized = 0;
    for (auto _ : state) {
       std::vector<CommList::PtrConst> out;
       out.reserve(p.paths.size());
       afresh = nsPer(p.paths.size(), [&] {
          for (auto const& list : p.paths)
-            out.push_back(edit->apply(list.get(), p.tables->commListDedupTable().get(), context));
+            out.push_back(edit->apply(list.get(), *p.tables, context));
       });
       for (int warm = 0; warm < 2; ++warm) {
          out.clear();

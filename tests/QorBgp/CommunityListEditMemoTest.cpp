@@ -22,14 +22,14 @@ StandardCommunityListEdit::PtrConst dropPeerCommunities() {
 
 TEST(CommunityListEditMemo, TwoThreadsGetTheEditsResults) {
    QorBgpGlobals::multiThreadedIs(true);
-   auto table = commListDedupTableFactory();
-   std::vector<CommList::PtrConst> const lists = test::smallLists(*table, 9);
+   auto tables = communityTablesFactory();
+   std::vector<CommList::PtrConst> const lists = test::smallLists(*tables->commListDedupTable(), 9);
    auto const edit = dropPeerCommunities();
    CommunityMatchContext const context{.peerAs = 1};
-   StandardCommunityListEditMemo memo(edit, table, context, 64);
+   StandardCommunityListEditMemo memo(edit, tables, context, 64);
    std::vector<CommList::PtrConst> expected;
    for (auto const& list : lists) {
-      expected.push_back(edit->apply(list.get(), table.get(), context));
+      expected.push_back(edit->apply(list.get(), *tables, context));
    }
    EXPECT_EQ(
       test::mismatchesOfTwoThreads(
@@ -41,18 +41,19 @@ TEST(CommunityListEditMemo, TwoThreadsGetTheEditsResults) {
 // when another list takes the slot; input lists are never held.
 TEST(CommunityListEditMemo, ResultsLiveOnlyWhileRemembered) {
    QorBgpGlobals::multiThreadedIs(true);
-   auto table = commListDedupTableFactory();
+   auto tables = communityTablesFactory();
+   CommListDedupTable const* table = tables->commListDedupTable().get();
    Zup::DedupHashTable const& lists = *table->dedupTable();
-   StandardCommunityListEditMemo memo(dropPeerCommunities(), table, {.peerAs = 1}, 1);
+   StandardCommunityListEditMemo memo(dropPeerCommunities(), tables, {.peerAs = 1}, 1);
    std::vector<U32> first{0x00010001, 0x00020002}, second{0x00010003, 0x00030003};
    {
-      CommList::PtrConst input = CommList::dedupValues(table.get(), first);
+      CommList::PtrConst input = CommList::dedupValues(table, first);
       EXPECT_EQ(memo.apply(input.get())->toStrep(), "2:2");
    }
    CommList::releaseThreadCache();
    EXPECT_EQ(lists.size(), 1u); // the input is gone, "2:2" is remembered
    {
-      CommList::PtrConst input = CommList::dedupValues(table.get(), second);
+      CommList::PtrConst input = CommList::dedupValues(table, second);
       EXPECT_EQ(memo.apply(input.get())->toStrep(), "3:3");
    }
    CommList::releaseThreadCache();

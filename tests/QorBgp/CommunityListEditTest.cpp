@@ -1,6 +1,7 @@
 #include "QorBgpCommunity/QorBgp/CommunityListEdit.h"
 
 #include "QorBgpCommunity/platform/Errors.h"
+#include "QorBgpCommunity/platform/Ip6Addr.h"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +12,26 @@ namespace Routing::Bgp {
 namespace {
 
 using Field = CommunityFieldPattern;
+using Kind = ExtCommunityMatcher::Kind;
+
+constexpr U64 rtA = 0x0002fde800000064;   // 65000:100
+constexpr U64 rtB = 0x0002fde8000000c8;   // 65000:200
+constexpr U64 color = 0x030b000000000064; // colour 100
+
+ExtCommList::PtrConst publish(CommunityTables const& tables, std::vector<U64> words) {
+   std::vector<ExtComm::PtrConst> comms;
+   for (U64 w : words) {
+      comms.push_back(ExtComm::dedupContent(tables.extCommDedupTable().get(), ExtCommContent(w)));
+   }
+   return ExtCommList::dedupComms(tables.extCommListDedupTable().get(), comms);
+}
 
 // Every edit of random lists against a reference computed with std::set: the
 // result holds exactly the reference's values, is the interned list of them
 // (null when there are none), and is the very list given when nothing changed.
 TEST(CommunityListEdit, EveryEditAgreesWithASetReferenceAndKeepsIdentity) {
-   auto table = commListDedupTableFactory();
+   auto tables = communityTablesFactory();
+   CommListDedupTable const* table = tables->commListDedupTable().get();
    CommunityMatchContext const context{.peerAs = 3, .localAs = 4};
    std::mt19937 random(11);
    auto randomValues = [&](std::size_t most) {
@@ -28,8 +43,7 @@ TEST(CommunityListEdit, EveryEditAgreesWithASetReferenceAndKeepsIdentity) {
    };
    for (int round = 0; round < 2000; ++round) {
       std::vector<U32> start = randomValues(6);
-      CommList::PtrConst const list =
-         start.empty() ? nullptr : CommList::dedupValues(table.get(), start);
+      CommList::PtrConst const list = start.empty() ? nullptr : CommList::dedupValues(table, start);
       std::set<U32> reference(start.begin(), start.end());
 
       auto const kind = static_cast<CommunityEditKind>(random() % 4);
@@ -59,7 +73,7 @@ TEST(CommunityListEdit, EveryEditAgreesWithASetReferenceAndKeepsIdentity) {
          break;
       }
       auto const edit = standardCommunityListEditFactory(kind, values, matchers);
-      CommList::PtrConst const result = edit->apply(list.get(), table.get(), context);
+      CommList::PtrConst const result = edit->apply(list.get(), *tables, context);
 
       SCOPED_TRACE(testing::Message() << "round " << round << ": " << communityEditKindName(kind));
       if (reference.empty()) {
@@ -70,7 +84,7 @@ TEST(CommunityListEdit, EveryEditAgreesWithASetReferenceAndKeepsIdentity) {
       EXPECT_TRUE(result->isDeduped());
       std::vector<U32> expected(reference.begin(), reference.end());
       EXPECT_EQ(*result->commVectorRawPtr(), expected);
-      EXPECT_EQ(result, CommList::dedupValues(table.get(), expected));
+      EXPECT_EQ(result, CommList::dedupValues(table, expected));
       if (list && std::set<U32>(start.begin(), start.end()) == reference) {
          EXPECT_EQ(result.get(), list.get());
       }
@@ -78,21 +92,78 @@ TEST(CommunityListEdit, EveryEditAgreesWithASetReferenceAndKeepsIdentity) {
 }
 
 TEST(CommunityListEdit, LargeListsAndMisusedArguments) {
-   auto table = largeCommListDedupTableFactory();
+   auto tables = communityTablesFactory();
    std::vector<Acl::CommunityValue> start{{1, 2, 3}, {4, 5, 6}};
-   auto const list = LargeCommList::dedupValues(table.get(), start);
+   auto const list = LargeCommList::dedupValues(tables->largeCommListDedupTable().get(), start);
    auto const scrub = largeCommunityListEditFactory(
       CommunityEditKind::deleteMatching, {},
       {largeCommunityMatcherFactory(Field::exact(4), Field::any(), Field::any())});
-   auto const kept = scrub->apply(list.get(), table.get(), {});
+   auto const kept = scrub->apply(list.get(), *tables, {});
    ASSERT_NE(kept, nullptr);
    EXPECT_EQ(kept->toStrep(), "1:2:3");
-   EXPECT_EQ(scrub->apply(kept.get(), table.get(), {}), kept);
+   EXPECT_EQ(scrub->apply(kept.get(), *tables, {}), kept);
 
    EXPECT_THROW(standardCommunityListEditFactory(CommunityEditKind::deleteAll, {1}, {}),
                 Kiv::RangeError);
    EXPECT_THROW(standardCommunityListEditFactory(CommunityEditKind::deleteMatching, {}, {nullptr}),
                 Kiv::NullArgumentError);
+}
+
+// Deleting a route target publishes a list with its own route-target list;
+// once no path holds the old list, the route target it alone had leaves.
+TEST(CommunityListEdit, ARouteTargetDeletedFromEveryLiveListLeaves) {
+   auto tables = communityTablesFactory();
+   auto liveRouteTargetLists = [&] {
+      return tables->extCommListDedupTable()
+         ->notifyingRtExtCommListCollection()
+         ->rtExtCommLists()
+         .size();
+   };
+   auto const dropA = extCommListEditFactory(
+      CommunityEditKind::deleteMatching, {},
+      {extCommunityMatcherFactory(Kind::routeTarget, Field::exact(65000), Field::exact(100))});
+   ExtCommList::PtrConst path = publish(*tables, {rtA, rtB, color});
+   EXPECT_EQ(liveRouteTargetLists(), 1u);
+   ExtCommList::PtrConst const edited = dropA->apply(path.get(), *tables, {});
+   EXPECT_EQ(edited, publish(*tables, {rtB, color}));
+   EXPECT_TRUE(edited->classificationList(extCommClassificationColor));
+   EXPECT_EQ(liveRouteTargetLists(), 2u);
+   path = nullptr; // the path now holds only the edited list
+   EXPECT_EQ(liveRouteTargetLists(), 1u);
+   EXPECT_EQ(dropA->apply(edited.get(), *tables, {}), edited); // nothing left to delete
+}
+
+// Extended and IPv6-address-specific edits publish through the same rules:
+// the unchanged list itself, equal results one object, nothing left null.
+TEST(CommunityListEdit, ExtendedAndIp6EditsKeepTheIdentityRules) {
+   auto tables = communityTablesFactory();
+   ExtCommList::PtrConst const b = publish(*tables, {rtB});
+   auto const addA = extCommListEditFactory(CommunityEditKind::add, {rtA}, {});
+   ExtCommList::PtrConst const ab = addA->apply(b.get(), *tables, {});
+   EXPECT_EQ(ab, publish(*tables, {rtA, rtB}));
+   EXPECT_EQ(addA->apply(ab.get(), *tables, {}), ab);
+   EXPECT_EQ(addA->apply(nullptr, *tables, {}), publish(*tables, {rtA}));
+   EXPECT_EQ(extCommListEditFactory(CommunityEditKind::replace, {rtB, rtA}, {})
+                ->apply(ab.get(), *tables, {}),
+             ab);
+
+   auto const address = *Qornet::Ip6Addr::parse("2001:db8::1");
+   ExtCommIp6Content const target(0x00, 0x02, address, 100), origin(0x00, 0x03, address, 7);
+   auto const addBoth = extCommIp6ListEditFactory(CommunityEditKind::add, {origin, target}, {});
+   ExtCommIp6List::PtrConst const both = addBoth->apply(nullptr, *tables, {});
+   ASSERT_NE(both, nullptr);
+   EXPECT_EQ(both->commsStringForm(), "2001:db8::1:100 2001:db8::1:7 ");
+   EXPECT_EQ(addBoth->apply(both.get(), *tables, {}), both);
+   auto const dropTargets = extCommIp6ListEditFactory(
+      CommunityEditKind::deleteMatching, {},
+      {extCommIp6MatcherFactory(Field::exact(0), Field::exact(2), address, 64, Field::any())});
+   ExtCommIp6List::PtrConst const origins = dropTargets->apply(both.get(), *tables, {});
+   EXPECT_EQ(origins, extCommIp6ListEditFactory(CommunityEditKind::replace, {origin}, {})
+                         ->apply(nullptr, *tables, {}));
+   EXPECT_EQ(dropTargets->apply(origins.get(), *tables, {}), origins);
+   EXPECT_EQ(extCommIp6ListEditFactory(CommunityEditKind::deleteAll, {}, {})
+                ->apply(both.get(), *tables, {}),
+             nullptr);
 }
 
 } // namespace

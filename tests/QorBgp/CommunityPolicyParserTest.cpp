@@ -41,6 +41,9 @@ TEST(CommunityPolicyParser, TextsParseAndPrintBackCanonically) {
              "raw 0x8006000000000000");
    EXPECT_EQ(parseExtCommunityEdit("delete rt peer-as:*")->toStrep(), "delete rt peer-as:*");
    EXPECT_THROW(parseExtCommunityEdit("add rt 70000:70000"), Kiv::RangeError);
+   EXPECT_EQ(parseExtCommIp6Edit("add 0:3 2001:db8:::7 0:2 2001:db8::1:100")->toStrep(),
+             "add 0:2 2001:db8::1:100 0:3 2001:db8:::7");
+   EXPECT_THROW(parseExtCommIp6Edit("add 0:2 2001:db8::1"), Kiv::RangeError); // no local part
 
    auto const blackhole = parseStandardCommunitySet("any peer-as:666");
    auto table = commListDedupTableFactory();
