@@ -356,6 +356,7 @@ class MrtReader::Impl {
    explicit Impl(std::unique_ptr<detail::InputFile> file) : file_(std::move(file)) {}
 
    bool next(Path& path);
+   bool nextRecord(RecordView& record);
    U64 drain();
 
    Report report_;
@@ -391,6 +392,8 @@ class MrtReader::Impl {
    // The attributes of the path about to be made pending: `block` split into
    // views appended to block_. False, with error_ set, when damaged.
    bool addAttributes(std::span<const U8> block) {
+      blocks_.push_back(
+         {static_cast<std::size_t>(block.data() - block_->body.data()), block.size()});
       std::size_t const first = block_->views.size();
       bool const ok = readAttributes(block, block_->views, error_);
       ranges_.emplace_back(first, block_->views.size() - first);
@@ -417,6 +420,12 @@ class MrtReader::Impl {
    // Where each pending path's attributes are in block_->views (first, count);
    // one range may serve several paths, see attachAttributes().
    std::vector<std::pair<std::size_t, std::size_t>> ranges_;
+   // The record's attribute blocks, one per range; the header fields and
+   // offset of the record; where a BGP4MP message's length field is.
+   std::vector<RecordView::Block> blocks_;
+   std::vector<std::size_t> blockOfPath_;
+   RecordView header_;
+   std::optional<std::size_t> messageLengthAt_;
    std::shared_ptr<detail::RecordBlock> block_;             // the current record
    std::vector<std::shared_ptr<detail::RecordBlock>> pool_; // up to kPooledBlocks
    std::vector<U8> ahead_; // bytes read from the file and not yet taken, from aheadPos_
@@ -433,6 +442,27 @@ bool MrtReader::Impl::next(Path& path) {
    }
    path = std::move(pending_[nextPending_++]);
    ++report_.paths;
+   return true;
+}
+
+bool MrtReader::Impl::nextRecord(RecordView& record) {
+   do {
+      if (!readRecord()) {
+         return false;
+      }
+   } while (!block_); // a damaged header was skipped: no record was framed
+   report_.paths += pending_.size();
+   nextPending_ = pending_.size();
+   blockOfPath_.clear();
+   for (std::size_t i = 0; i < pending_.size(); ++i) {
+      blockOfPath_.push_back(std::min(i, blocks_.size() - 1));
+   }
+   record = header_;
+   record.body = block_->body;
+   record.paths = pending_;
+   record.blockOfPath = blockOfPath_;
+   record.blocks = blocks_;
+   record.messageLengthAt = messageLengthAt_;
    return true;
 }
 
@@ -509,6 +539,8 @@ bool MrtReader::Impl::readBody(U32 length) {
 bool MrtReader::Impl::readRecord() {
    pending_.clear();
    ranges_.clear();
+   blocks_.clear();
+   messageLengthAt_.reset();
    nextPending_ = 0;
    block_.reset();
    if (ended_) {
@@ -533,6 +565,7 @@ bool MrtReader::Impl::readRecord() {
    U16 type = h.u16();
    U16 subtype = h.u16();
    U32 length = h.u32();
+   header_ = {.offset = offset, .timestamp = timestamp, .type = type, .subtype = subtype};
 
    if (offset == 0 && !detail::isMrtHeader(type, subtype)) {
       // Text, HTML or some other format: every "record" would be garbage.
@@ -861,6 +894,7 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
    auto peer = r.bytes(addressBytes(*family));
    r.skip(addressBytes(*family)); // local address
    r.skip(detail::kBgpMarkerBytes);
+   std::size_t const lengthAt = r.position();
    U16 length = r.u16();
    U8 messageType = r.u8();
    if (!r.ok()) {
@@ -878,6 +912,7 @@ Outcome MrtReader::Impl::bgp4mp(U32 timestamp, U16 subtype, SpanReader r) {
    if (!r.ok()) {
       return damaged("UPDATE field lengths run past the message");
    }
+   messageLengthAt_ = lengthAt;
    // One range of views for every prefix of the message.
    if (!addAttributes(attributeBlock)) {
       return Outcome::damaged;
@@ -961,6 +996,7 @@ std::unique_ptr<MrtReader> MrtReader::open(std::string const& path, std::string*
 }
 
 bool MrtReader::next(Path& path) { return impl_->next(path); }
+bool MrtReader::nextRecord(RecordView& record) { return impl_->nextRecord(record); }
 U64 MrtReader::drain() { return impl_->drain(); }
 Report const& MrtReader::report() const { return impl_->report_; }
 Compression MrtReader::compression() const { return impl_->file_->compression(); }

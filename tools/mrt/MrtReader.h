@@ -168,6 +168,30 @@ struct Report {
    std::vector<Problem> problems; // the first kMaxProblemsKept, in file order
 };
 
+// One record as read, for rewriting a dump record by record: its header
+// fields, its body, the paths it announces and where each path's attribute
+// block lies in the body. Valid until the reader's next call.
+struct RecordView {
+   // Where an attribute block lies in the body; the two octets before it
+   // hold its length.
+   struct Block {
+      std::size_t offset = 0;
+      std::size_t size = 0;
+   };
+   U64 offset = 0; // of the record header in the decompressed stream
+   U32 timestamp = 0;
+   U16 type = 0;
+   U16 subtype = 0;
+   std::span<const U8> body{};
+   std::span<const Path> paths{}; // none for ignored and damaged records
+   // Per path, the index of its block in `blocks` (the paths of one BGP
+   // message share one).
+   std::span<const std::size_t> blockOfPath{};
+   std::span<const Block> blocks{};
+   // For a BGP4MP message: where in the body the BGP message's length field is.
+   std::optional<std::size_t> messageLengthAt{};
+};
+
 // Reads one MRT file front to back, holding one record at a time (records
 // over 64 MiB are taken for damage). Owns the open file; movable through
 // its unique_ptr only; not thread-safe.
@@ -206,6 +230,12 @@ class MrtReader {
    // Stores the next path into `path` and returns true; false at the end of
    // the input (and on every call after it), leaving `path` unchanged.
    [[nodiscard]] bool next(Path& path);
+
+   // Reads the next whole record into `record` (paths of a record partly
+   // handed out by next() are not given again) and returns true; false at
+   // the end of the input. Bytes skipped after a damaged header belong to
+   // no record; report() counts them.
+   [[nodiscard]] bool nextRecord(RecordView& record);
 
    // Reads the rest of the input without decoding it (to time the
    // decompression alone); returns the bytes read. A damaged or cut-off

@@ -117,6 +117,8 @@ class SpanReader {
    // Bytes left; zero once a read has failed.
    std::size_t remaining() const noexcept { return failed_ ? 0 : data_.size() - pos_; }
    std::span<const U8> rest() noexcept { return bytes(remaining()); }
+   // Bytes read so far from the start of the span.
+   std::size_t position() const noexcept { return pos_; }
 
  private:
    bool take(std::size_t n) noexcept {

@@ -106,6 +106,68 @@ void appendAttributes(std::vector<U8>& out, std::span<const Attribute> attribute
    }
 }
 
+Compression compressionForName(std::string_view file) {
+   if (file.ends_with(".gz")) {
+      return Compression::gzip;
+   }
+   if (file.ends_with(".bz2")) {
+      return Compression::bzip2;
+   }
+   if (file.ends_with(".xz")) {
+      return Compression::xz;
+   }
+   if (file.ends_with(".zst")) {
+      return Compression::zstd;
+   }
+   return Compression::none;
+}
+
+std::vector<U8>
+replaceAttributeBlocks(RecordView const& record,
+                       std::span<const std::optional<std::vector<U8>>> replacement) {
+   if (replacement.size() != record.blocks.size()) {
+      throw Kiv::RangeError("replaceAttributeBlocks: " + std::to_string(replacement.size()) +
+                            " replacements for " + std::to_string(record.blocks.size()) +
+                            " attribute blocks");
+   }
+   auto const maxLength = std::numeric_limits<U16>::max();
+   std::vector<U8> body;
+   body.reserve(record.body.size());
+   std::size_t copied = 0; // of record.body
+   std::ptrdiff_t growth = 0;
+   for (std::size_t i = 0; i < record.blocks.size(); ++i) {
+      if (!replacement[i]) {
+         continue;
+      }
+      RecordView::Block const& block = record.blocks[i];
+      std::vector<U8> const& bytes = *replacement[i];
+      if (bytes.size() > maxLength) {
+         throw Kiv::RangeError("attribute block of " + std::to_string(bytes.size()) +
+                               " bytes; its length field holds at most 65535");
+      }
+      // Up to the block's length field, the new length, the new block.
+      body.insert(body.end(), record.body.begin() + static_cast<std::ptrdiff_t>(copied),
+                  record.body.begin() + static_cast<std::ptrdiff_t>(block.offset - 2));
+      detail::putU16(body, static_cast<U16>(bytes.size()));
+      body.insert(body.end(), bytes.begin(), bytes.end());
+      copied = block.offset + block.size;
+      growth += static_cast<std::ptrdiff_t>(bytes.size()) - static_cast<std::ptrdiff_t>(block.size);
+   }
+   body.insert(body.end(), record.body.begin() + static_cast<std::ptrdiff_t>(copied),
+               record.body.end());
+   if (record.messageLengthAt && growth != 0) {
+      std::size_t const at = *record.messageLengthAt;
+      std::ptrdiff_t const length = (body[at] << 8 | body[at + 1]) + growth;
+      if (length > maxLength) {
+         throw Kiv::RangeError("BGP message of " + std::to_string(length) +
+                               " bytes; its length field holds at most 65535");
+      }
+      body[at] = static_cast<U8>(length >> 8);
+      body[at + 1] = static_cast<U8>(length);
+   }
+   return body;
+}
+
 void appendPrefix(std::vector<U8>& out, std::string_view prefix) {
    detail::putPrefix(out, parsePrefix(prefix));
 }

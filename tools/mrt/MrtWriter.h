@@ -71,6 +71,18 @@ void appendAttributes(std::vector<U8>& out, std::span<const Attribute> attribute
 // octets that hold it. Throws Kiv::RangeError for a malformed prefix.
 void appendPrefix(std::vector<U8>& out, std::string_view prefix);
 
+// The compression a file name asks for: gzip for ".gz", bzip2 ".bz2", xz
+// ".xz", zstd ".zst", else none.
+Compression compressionForName(std::string_view file);
+
+// The body of `record` with each attribute block i for which `replacement[i]`
+// is set replaced by it, the length fields that count it (the block's own, a
+// BGP4MP message's) adjusted. Throws Kiv::RangeError when a length no longer
+// fits its field (65535 octets), and for a replacement count other than the
+// record's block count.
+std::vector<U8> replaceAttributeBlocks(RecordView const& record,
+                                       std::span<const std::optional<std::vector<U8>>> replacement);
+
 // Writes one MRT file front to back. Owns the open file; not copyable; not
 // thread-safe.
 //

@@ -3,9 +3,9 @@
 // match as grep does: 0 something matched, 1 nothing did, 2 a problem.
 #pragma once
 
-#include "ListConditions.h"
-
 #include "PathFilter.h"
+
+#include "QorBgpCommunity/platform/Types.h"
 
 #include <string>
 #include <vector>
@@ -35,9 +35,11 @@ int runShow(ShowOptions const& options);
 struct MatchOptions {
    // REGEX then FILEs; only FILEs when a set condition is given.
    std::vector<std::string> arguments;
-   // Set matchers in the library's policy text per list kind; local-as in
-   // them stands for `localAs`.
-   ListConditions::Texts sets;
+   // Set matchers in the library's policy text per list kind (empty: no
+   // condition on that kind); local-as in them stands for `localAs`.
+   struct {
+      std::string standard, large, extended, ipv6;
+   } sets;
    U32 localAs = 0;
    PathFilterOptions filter;
    // Which lists the expression is tried on: "standard", "large",
@@ -46,6 +48,15 @@ struct MatchOptions {
    bool json = false;
 };
 int runMatch(MatchOptions const& options);
+
+struct ApplyOptions {
+   std::string policy; // the policy file
+   std::vector<std::string> files;
+   std::string write; // the edited dump; empty: none written
+   U32 localAs = 0;   // local-as in the policy
+   bool json = false;
+};
+int runApply(ApplyOptions const& options);
 
 struct DecodeOptions {
    std::string hex;

@@ -1,5 +1,5 @@
-// qorbgp-comm: the community library at work on BGP data — statistics, show
-// and route-map matching over MRT dumps, one attribute between wire hex and
+// qorbgp-comm: the community library at work on BGP data — statistics, show,
+// route-map matching and community policy over MRT dumps, one attribute between wire hex and
 // text, and a synthetic RIB dump to try it all with no outside data.
 #include "Commands.h"
 
@@ -94,9 +94,12 @@ int main(int argc, char** argv) {
       "--extended", match.sets.extended,
       "The same for the extended list, e.g. 'any rt 65000:100-199 soo 192.0.2.1:*' or "
       "'not any ovs invalid'");
+   matchCommand->add_option("--ipv6", match.sets.ipv6,
+                            "The same for the IPv6-address-specific list, e.g. "
+                            "'any 0:2 2001:db8::/32:*'");
    matchCommand->add_option(
       "--local-as", match.localAs,
-      "Our AS number, for local-as in --standard, --large and --extended (default 0)");
+      "Our AS number, for local-as in --standard, --large, --extended and --ipv6 (default 0)");
    matchCommand->add_flag("--json", match.json, "One JSON object per matching path");
    matchCommand
       ->add_option("--kind", match.kinds,
@@ -106,6 +109,24 @@ int main(int argc, char** argv) {
       ->delimiter(',')
       ->check(CLI::IsMember({"standard", "large", "extended", "ipv6"}));
    addFilterOptions(matchCommand, match.filter);
+
+   ApplyOptions apply;
+   auto* applyCommand = app.add_subcommand(
+      "apply", "Run a community policy (rules of match conditions and edits, see the README) "
+               "over MRT files: paths matched and changed per rule, distinct lists before and "
+               "after, and with --write the edited dump");
+   applyCommand->add_option("POLICY", apply.policy, "The policy file")->required();
+   applyCommand
+      ->add_option("FILE", apply.files,
+                   "MRT files, read one after the other (- for standard input)")
+      ->required();
+   applyCommand->add_option(
+      "--write", apply.write,
+      "Write the records of every FILE, edited, into this MRT file (.gz, .bz2, .xz or .zst to "
+      "compress)");
+   applyCommand->add_option("--local-as", apply.localAs,
+                            "Our AS number, for local-as in the policy (default 0)");
+   applyCommand->add_flag("--json", apply.json, "Machine-readable report");
 
    DecodeOptions decode;
    auto* decodeCommand = app.add_subcommand(
@@ -176,6 +197,9 @@ int main(int argc, char** argv) {
       }
       if (*matchCommand) {
          return runMatch(match);
+      }
+      if (*applyCommand) {
+         return runApply(apply);
       }
       if (*decodeCommand) {
          return runDecode(decode);

@@ -1,7 +1,7 @@
 // show and match: the community lists of each path of an MRT dump, all of
 // them or those a route-map regular expression matches.
 #include "Commands.h"
-#include "ListConditions.h"
+#include "CommunityPolicy.h"
 #include "PathLists.h"
 #include "Progress.h"
 #include "ReadProblems.h"
@@ -113,8 +113,7 @@ void printPath(mrt::Path const& path, PathLists const& lists, bool asdot) {
 // standard error, and the other files are still read.
 template <class Visit>
 bool forEachPath(std::vector<std::string> const& files, char const* command,
-                 PathFilter const& filter, Visit visit) {
-   auto tables = communityTablesFactory();
+                 PathFilter const& filter, CommunityTables const& tables, Visit visit) {
    bool whole = true;
    for (std::string const& file : files) {
       std::string error;
@@ -125,7 +124,7 @@ bool forEachPath(std::vector<std::string> const& files, char const* command,
          continue;
       }
       Progress progress(file, reader->fileSize(), true);
-      PathListsDecoder decoder(*tables);
+      PathListsDecoder decoder(tables);
       mrt::Path path;
       bool more = true;
       U64 paths = 0;
@@ -162,8 +161,9 @@ int runShow(ShowOptions const& options) {
       return 2;
    }
    std::size_t shown = 0;
+   auto tables = communityTablesFactory();
    bool const whole = forEachPath(
-      options.files, "show", *filter, [&](mrt::Path const& path, PathLists const& lists) {
+      options.files, "show", *filter, *tables, [&](mrt::Path const& path, PathLists const& lists) {
          if (options.json) {
             std::cout << jsonText(pathJson(path, lists, options.asdot)) << '\n';
          } else {
@@ -179,14 +179,26 @@ int runMatch(MatchOptions const& options) {
    if (!filter) {
       return 2;
    }
-   std::string error;
-   auto conditions = ListConditions::parse(options.sets, options.localAs, &error);
-   if (!conditions) {
-      std::cerr << "qorbgp-comm match: " << error << '\n';
-      return 2;
+   // The set conditions: one rule of them (a path without a list of a kind
+   // is judged as holding an empty one).
+   auto tables = communityTablesFactory();
+   CommunityPolicy conditions(tables, options.localAs);
+   std::pair<char const*, std::string const*> const sets[] = {{"standard", &options.sets.standard},
+                                                              {"large", &options.sets.large},
+                                                              {"extended", &options.sets.extended},
+                                                              {"ipv6", &options.sets.ipv6}};
+   for (auto const& [kind, text] : sets) {
+      try {
+         if (!text->empty()) {
+            conditions.addMatch(kind, *text);
+         }
+      } catch (Kiv::RangeError const& e) {
+         std::cerr << "qorbgp-comm match: --" << kind << ": " << e.what() << '\n';
+         return 2;
+      }
    }
    // Without a set condition the first argument is the expression.
-   bool const hasRegex = conditions->empty();
+   bool const hasRegex = conditions.empty();
    if (options.arguments.size() < (hasRegex ? 2u : 1u)) {
       std::cerr << "qorbgp-comm match: " << (hasRegex ? "REGEX and FILE" : "FILE") << " required\n";
       return 2;
@@ -217,9 +229,10 @@ int runMatch(MatchOptions const& options) {
              (ip6 && lists.ip6 && r->execute(ip6Text(lists.ip6.get()).c_str()) == 0);
    };
    U64 matches = 0;
-   bool const whole =
-      forEachPath(files, "match", *filter, [&](mrt::Path const& path, PathLists const& lists) {
-         if (regexMatches(lists) && conditions->matches(lists, path.peerAs)) {
+   bool const whole = forEachPath(
+      files, "match", *filter, *tables, [&](mrt::Path const& path, PathLists const& lists) {
+         PathLists judged = lists;
+         if (regexMatches(lists) && (hasRegex || conditions.run(judged, path.peerAs, 1).matched)) {
             ++matches;
             if (options.json) {
                std::cout << jsonText(pathJson(path, lists, false)) << '\n';

@@ -87,29 +87,14 @@ std::size_t skewed(std::size_t poolSize, std::mt19937& random) {
    return std::min(poolSize - 1, static_cast<std::size_t>(poolSize * std::pow(u, 3.0)));
 }
 
-mrt::Compression compressionFor(std::string const& file) {
-   if (file.ends_with(".gz")) {
-      return mrt::Compression::gzip;
-   }
-   if (file.ends_with(".bz2")) {
-      return mrt::Compression::bzip2;
-   }
-   if (file.ends_with(".xz")) {
-      return mrt::Compression::xz;
-   }
-   if (file.ends_with(".zst")) {
-      return mrt::Compression::zstd;
-   }
-   return mrt::Compression::none;
-}
-
 } // namespace
 
 int runSynth(SynthOptions const& options) {
    std::mt19937 random(options.seed);
    Pools const pools = makePools(std::max(1u, options.lists), random);
    std::string error;
-   auto writer = mrt::MrtWriter::create(options.file, compressionFor(options.file), &error);
+   auto writer =
+      mrt::MrtWriter::create(options.file, mrt::compressionForName(options.file), &error);
    if (!writer) {
       std::cerr << "qorbgp-comm synth: " << error << '\n';
       return 1;

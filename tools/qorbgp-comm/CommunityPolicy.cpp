@@ -1,0 +1,286 @@
+#include "CommunityPolicy.h"
+
+#include "CommunityText.h"
+
+#include "QorBgpCommunity/QorBgp/CommunityPolicyParser.h"
+#include "QorBgpCommunity/platform/Errors.h"
+
+#include <charconv>
+
+namespace QorBgpTools {
+
+using namespace Routing::Bgp;
+
+namespace {
+
+// Memos per peer AS and step: enough for the distinct lists one peer sends
+// in a full table.
+constexpr std::size_t memoSlots = 1 << 12;
+
+template <class Matcher, class Lists>
+auto& listOf(Lists& lists) {
+   if constexpr (std::is_same_v<Matcher, StandardCommunityMatcher>) {
+      return lists.standard;
+   } else if constexpr (std::is_same_v<Matcher, LargeCommunityMatcher>) {
+      return lists.large;
+   } else if constexpr (std::is_same_v<Matcher, ExtCommunityMatcher>) {
+      return lists.extended;
+   } else {
+      return lists.ip6;
+   }
+}
+
+CommunityKind kindNamed(std::string_view name) {
+   auto const kind = communityKindNamed(name);
+   if (!kind) {
+      throw Kiv::RangeError("at 1: expected 'standard', 'large', 'extended' or 'ipv6', found '" +
+                            std::string(name) + "'");
+   }
+   return *kind;
+}
+
+// The memo of type `T` in `memo`, made by `make` when there is none yet.
+template <class T, class Memo, class Make>
+T& memoOf(Memo& memo, Make make) {
+   auto* held = std::get_if<std::unique_ptr<T>>(&memo);
+   if (!held || !*held) {
+      memo = make();
+      held = std::get_if<std::unique_ptr<T>>(&memo);
+   }
+   return **held;
+}
+
+} // namespace
+
+CommunityPolicy::CommunityPolicy(CommunityTables::PtrConst tables, U32 localAs)
+    : tables_(std::move(tables)), localAs_(localAs) {
+   std::vector<U32> noValues;
+   empty_.standard = CommList::dedupValues(tables_->commListDedupTable().get(), noValues);
+   std::vector<Acl::CommunityValue> noLargeValues;
+   empty_.large =
+      LargeCommList::dedupValues(tables_->largeCommListDedupTable().get(), noLargeValues);
+   empty_.extended = extCommListFactory()->dedup(tables_->extCommListDedupTable().get());
+   empty_.ip6 = extCommIp6ListFactory()->dedup(tables_->extCommIp6ListDedupTable().get());
+}
+
+CommunityPolicy::CommunityPolicy(CommunityPolicy&&) noexcept = default;
+CommunityPolicy::~CommunityPolicy() = default;
+
+CommunityPolicy::Rule& CommunityPolicy::lastRule() {
+   if (rules_.empty()) {
+      addRule("");
+   }
+   return rules_.back();
+}
+
+void CommunityPolicy::addRule(std::string name) {
+   rules_.push_back({.counts = {.name = std::move(name)}, .steps = {}});
+   memos_.clear();
+}
+
+void CommunityPolicy::addMatch(std::string_view kind, std::string_view set) {
+   Step step;
+   switch (kindNamed(kind)) {
+   case CommunityKind::standard:
+      step = Condition<StandardCommunityMatcher>{parseStandardCommunitySet(set)};
+      break;
+   case CommunityKind::large:
+      step = Condition<LargeCommunityMatcher>{parseLargeCommunitySet(set)};
+      break;
+   case CommunityKind::extended:
+      step = Condition<ExtCommunityMatcher>{parseExtCommunitySet(set)};
+      break;
+   case CommunityKind::ip6:
+      step = Condition<ExtCommIp6Matcher>{parseExtCommIp6Set(set)};
+      break;
+   }
+   // Conditions go before the rule's edits: all of them are judged on the
+   // lists as the rule finds them.
+   auto& steps = lastRule().steps;
+   auto const firstEdit =
+      std::find_if(steps.begin(), steps.end(), [](Step const& s) { return s.index() >= 4; });
+   steps.insert(firstEdit, std::move(step));
+   memos_.clear();
+}
+
+void CommunityPolicy::addEdit(std::string_view kind, std::string_view edit) {
+   Step step;
+   switch (kindNamed(kind)) {
+   case CommunityKind::standard:
+      step = Edit<StandardCommunityMatcher>{parseStandardCommunityEdit(edit)};
+      break;
+   case CommunityKind::large:
+      step = Edit<LargeCommunityMatcher>{parseLargeCommunityEdit(edit)};
+      break;
+   case CommunityKind::extended:
+      step = Edit<ExtCommunityMatcher>{parseExtCommunityEdit(edit)};
+      break;
+   case CommunityKind::ip6:
+      step = Edit<ExtCommIp6Matcher>{parseExtCommIp6Edit(edit)};
+      break;
+   }
+   lastRule().steps.push_back(std::move(step));
+   memos_.clear();
+}
+
+std::vector<CommunityPolicy::Memo>& CommunityPolicy::memosOf(U32 peerAs) {
+   auto& memos = memos_[peerAs];
+   if (memos.empty()) {
+      std::size_t steps = 0;
+      for (Rule const& rule : rules_) {
+         steps += rule.steps.size();
+      }
+      memos.resize(steps);
+   }
+   return memos;
+}
+
+CommunityPolicy::Outcome CommunityPolicy::run(PathLists& lists, U32 peerAs, U64 paths) {
+   CommunityMatchContext const context{.peerAs = peerAs, .localAs = localAs_};
+   bool const editable = lists.malformed.empty();
+   auto& memos = memosOf(peerAs);
+   Outcome outcome;
+   std::size_t next = 0;
+   for (Rule& rule : rules_) {
+      bool holds = true, changed = false;
+      for (Step const& step : rule.steps) {
+         Memo& memo = memos[next++];
+         if (!holds) {
+            continue;
+         }
+         std::visit(
+            [&]<class Kind>(Kind const& s) {
+               using Matcher = typename Kind::MatcherType;
+               if constexpr (requires { s.set; }) {
+                  auto& answers = memoOf<CommunitySetMatchMemo<Matcher>>(memo, [&] {
+                     return std::make_unique<CommunitySetMatchMemo<Matcher>>(s.set, context,
+                                                                             memoSlots);
+                  });
+                  auto const* list = listOf<Matcher>(lists).get();
+                  holds = answers.matches(list ? *list : *listOf<Matcher>(empty_));
+               } else if (editable) {
+                  auto& results = memoOf<CommunityListEditMemo<Matcher>>(memo, [&] {
+                     return std::make_unique<CommunityListEditMemo<Matcher>>(s.edit, tables_,
+                                                                             context, memoSlots);
+                  });
+                  auto& list = listOf<Matcher>(lists);
+                  auto result = results.apply(list.get());
+                  if (result != list) {
+                     list = std::move(result);
+                     changed = true;
+                  }
+               }
+            },
+            step);
+      }
+      if (holds) {
+         outcome.matched = true;
+         outcome.changed = outcome.changed || changed;
+         rule.counts.matched += paths;
+         rule.counts.changed += changed ? paths : 0;
+      }
+   }
+   return outcome;
+}
+
+std::vector<CommunityPolicy::RuleCounts> CommunityPolicy::counts() const {
+   std::vector<RuleCounts> counts;
+   for (Rule const& rule : rules_) {
+      counts.push_back(rule.counts);
+   }
+   return counts;
+}
+
+std::optional<CommunityPolicy> CommunityPolicy::parse(std::string_view text,
+                                                      std::string const& source,
+                                                      CommunityTables::PtrConst tables, U32 localAs,
+                                                      std::string* error) {
+   CommunityPolicy policy(std::move(tables), localAs);
+   std::size_t lineNumber = 0;
+   while (!text.empty()) {
+      std::size_t const end = std::min(text.find('\n'), text.size());
+      std::string_view const line = text.substr(0, end);
+      text.remove_prefix(std::min(end + 1, text.size()));
+      ++lineNumber;
+      // The words of the line: a verb, for match and edit a kind, then the rest.
+      std::size_t column = 0; // 0-based, of what is being read
+      auto word = [&] {
+         std::size_t const start = line.find_first_not_of(" \t\r", column);
+         if (start == std::string_view::npos) {
+            column = line.size();
+            return std::string_view();
+         }
+         std::size_t const stop = std::min(line.find_first_of(" \t\r", start), line.size());
+         column = start;
+         std::string_view const w = line.substr(start, stop - start);
+         return w;
+      };
+      auto fail = [&](std::size_t at, std::string const& what) {
+         *error =
+            source + ":" + std::to_string(lineNumber) + ":" + std::to_string(at + 1) + ": " + what;
+      };
+      std::string_view const verb = word();
+      if (verb.empty() || verb.front() == '#') {
+         continue;
+      }
+      column += verb.size();
+      try {
+         if (verb == "rule") {
+            std::string_view const name = word();
+            if (name.empty() ||
+                line.find_first_not_of(" \t\r", column + name.size()) != std::string_view::npos) {
+               fail(column, "expected one word naming the rule");
+               return std::nullopt;
+            }
+            policy.addRule(std::string(name));
+            continue;
+         }
+         if (verb != "match" && verb != "edit") {
+            fail(column - verb.size(),
+                 "expected 'rule', 'match' or 'edit', found '" + std::string(verb) + "'");
+            return std::nullopt;
+         }
+         std::string_view const kind = word();
+         std::size_t const kindColumn = column;
+         column += kind.size();
+         std::size_t const rest = std::min(line.find_first_not_of(" \t", column), line.size());
+         try {
+            kindNamed(kind);
+         } catch (Kiv::RangeError const&) {
+            fail(kindColumn, "expected 'standard', 'large', 'extended' or 'ipv6', found " +
+                                (kind.empty() ? "end of line" : "'" + std::string(kind) + "'"));
+            return std::nullopt;
+         }
+         std::string_view body = line.substr(rest);
+         while (!body.empty() && (body.back() == '\r' || body.back() == ' ')) {
+            body.remove_suffix(1);
+         }
+         column = rest;
+         if (verb == "match") {
+            policy.addMatch(kind, body);
+         } else {
+            policy.addEdit(kind, body);
+         }
+      } catch (Kiv::RangeError const& e) {
+         // "at <n>: ..." counts from the start of the set or edit text.
+         std::string_view message = e.what();
+         std::size_t at = 1;
+         if (message.starts_with("at ")) {
+            auto const [p, ec] =
+               std::from_chars(message.data() + 3, message.data() + message.size(), at);
+            if (ec == std::errc() && std::string_view(p, 2) == ": ") {
+               message.remove_prefix(static_cast<std::size_t>(p + 2 - message.data()));
+            }
+         }
+         fail(column + at - 1, std::string(message));
+         return std::nullopt;
+      }
+   }
+   if (policy.empty()) {
+      *error = source + ": no rules";
+      return std::nullopt;
+   }
+   return policy;
+}
+
+} // namespace QorBgpTools
