@@ -1,5 +1,6 @@
 #include "QorBgpCommunity/QorBgp/CommunitySetMatcher.h"
 
+#include "QorBgpCommunity/QorBgp/detail/FieldTests.h"
 #include "QorBgpCommunity/platform/Errors.h"
 
 #include <algorithm>
@@ -25,6 +26,9 @@ CommunitySetMatcher<Matcher>::CommunitySetMatcher(Matchers matchers, CommunitySe
    if (std::find(matchers_.begin(), matchers_.end(), nullptr) != matchers_.end()) {
       throw Kiv::NullArgumentError("CommunitySetMatcher: null matcher");
    }
+   if constexpr (requires { Matcher::fieldCount; }) {
+      tests_ = detail::FieldTests::compile<Matcher>(matchers_);
+   }
 }
 
 template <class Matcher>
@@ -33,6 +37,11 @@ CommunitySetMatcher<Matcher>::~CommunitySetMatcher() = default;
 template <class Matcher>
 bool CommunitySetMatcher<Matcher>::matches(List const& list,
                                            CommunityMatchContext const& context) const {
+   if constexpr (requires { Matcher::fieldCount; }) {
+      if (tests_) {
+         return tests_->answer<Matcher>(mode_, *list.commVectorRawPtr(), context) != inverted_;
+      }
+   }
    auto const& values = *list.commVectorRawPtr();
    bool answer = false;
    if (mode_ == CommunitySetMode::any) {

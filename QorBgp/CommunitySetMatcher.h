@@ -29,10 +29,15 @@
 #include "QorBgpCommunity/QorBgp/LargeCommunityMatcher.h"
 #include "QorBgpCommunity/QorBgp/StandardCommunityMatcher.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace Routing::Bgp {
+
+namespace detail {
+class FieldTests;
+}
 
 /// How a set of single-community matchers judges a list.
 enum class CommunitySetMode : U8 {
@@ -73,6 +78,9 @@ class QORBGP_EXPORT CommunitySetMatcher : public Kiv::PtrInterface {
    Matchers const matchers_;
    CommunitySetMode const mode_;
    bool const inverted_;
+   /// The matchers compiled into compares, for standard and large matchers
+   /// without a regex; null otherwise.
+   std::unique_ptr<detail::FieldTests const> tests_;
 };
 
 using StandardCommunitySetMatcher = CommunitySetMatcher<StandardCommunityMatcher>;

@@ -16,6 +16,7 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListLarge.h"
 #include "QorBgpCommunity/platform/PosixRegex.h"
 
+#include <array>
 #include <string>
 
 namespace Routing::Bgp {
@@ -41,6 +42,17 @@ class QORBGP_EXPORT LargeCommunityMatcher : public Kiv::PtrInterface {
                     : global_.matches(community.globalAdmin, context) &&
                          local1_.matches(community.localData1, context) &&
                          local2_.matches(community.localData2, context);
+   }
+
+   /// A matcher of fields: its three patterns, in the order fieldValues gives
+   /// a community's parts. All any() for a regex matcher.
+   static constexpr std::size_t fieldCount = 3;
+   bool hasRegex() const noexcept { return regex_ != nullptr; }
+   std::array<CommunityFieldPattern, fieldCount> fields() const noexcept {
+      return {global_, local1_, local2_};
+   }
+   static std::array<U32, fieldCount> fieldValues(Acl::CommunityValue const& community) noexcept {
+      return {community.globalAdmin, community.localData1, community.localData2};
    }
 
    /// "<global>:<local 1>:<local 2>" in field-pattern text, or regex "<pattern>" (quotes and

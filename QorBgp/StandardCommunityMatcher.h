@@ -16,6 +16,7 @@
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityListStandard.h"
 #include "QorBgpCommunity/platform/PosixRegex.h"
 
+#include <array>
 #include <string>
 
 namespace Routing::Bgp {
@@ -42,6 +43,17 @@ class QORBGP_EXPORT StandardCommunityMatcher : public Kiv::PtrInterface {
       return regex_ ? matchesText(community)
                     : asPart_.matches(community >> 16, context) &&
                          localPart_.matches(community & 0xFFFF, context);
+   }
+
+   /// A matcher of fields: its AS and local part patterns, in the order
+   /// fieldValues gives a community's parts. Both any() for a regex matcher.
+   static constexpr std::size_t fieldCount = 2;
+   bool hasRegex() const noexcept { return regex_ != nullptr; }
+   std::array<CommunityFieldPattern, fieldCount> fields() const noexcept {
+      return {asPart_, localPart_};
+   }
+   static std::array<U32, fieldCount> fieldValues(U32 community) noexcept {
+      return {community >> 16, community & 0xFFFF};
    }
 
    /// "<as part>:<local part>" in field-pattern text, or regex "<pattern>" (quotes and
