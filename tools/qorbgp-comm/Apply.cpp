@@ -9,6 +9,7 @@
 
 #include "QorBgpCommunity/platform/Errors.h"
 
+#include <absl/container/flat_hash_set.h>
 #include <nlohmann/json.hpp>
 
 #include <array>
@@ -17,7 +18,6 @@
 #include <iomanip>
 #include <iostream>
 #include <sstream>
-#include <unordered_set>
 
 namespace QorBgpTools {
 
@@ -35,23 +35,28 @@ constexpr std::array<U8, 4> communityTypes{community, extCommunity, extCommunity
 // path holds any more is not interned again as another object and counted
 // twice.
 struct DistinctLists {
-   std::unordered_set<CommList::PtrConst> standard;
-   std::unordered_set<LargeCommList::PtrConst> large;
-   std::unordered_set<ExtCommList::PtrConst> extended;
-   std::unordered_set<ExtCommIp6List::PtrConst> ip6;
-   void add(PathLists const& lists) {
-      auto note = [](auto& set, auto const& list) {
-         if (list) {
-            set.insert(list);
+   template <class List>
+   struct Seen {
+      absl::flat_hash_set<List const*> lists;
+      std::vector<typename List::PtrConst> held;
+      void add(typename List::PtrConst const& list) {
+         if (list && lists.insert(list.get()).second) {
+            held.push_back(list);
          }
-      };
-      note(standard, lists.standard);
-      note(large, lists.large);
-      note(extended, lists.extended);
-      note(ip6, lists.ip6);
+      }
+   };
+   Seen<CommList> standard;
+   Seen<LargeCommList> large;
+   Seen<ExtCommList> extended;
+   Seen<ExtCommIp6List> ip6;
+   void add(PathLists const& lists) {
+      standard.add(lists.standard);
+      large.add(lists.large);
+      extended.add(lists.extended);
+      ip6.add(lists.ip6);
    }
    std::array<std::size_t, 4> sizes() const {
-      return {standard.size(), large.size(), extended.size(), ip6.size()};
+      return {standard.held.size(), large.held.size(), extended.held.size(), ip6.held.size()};
    }
 };
 

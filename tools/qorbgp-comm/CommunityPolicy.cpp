@@ -13,9 +13,10 @@ using namespace Routing::Bgp;
 
 namespace {
 
-// Memos per peer AS and step: enough for the distinct lists one peer sends
-// in a full table.
-constexpr std::size_t memoSlots = 1 << 12;
+// Memo slots of a step for every peer: enough for the distinct lists of a
+// full table; of a step for one peer AS, for those one peer sends.
+constexpr std::size_t sharedMemoSlots = 1 << 14;
+constexpr std::size_t peerMemoSlots = 1 << 12;
 
 template <class Matcher, class Lists>
 auto& listOf(Lists& lists) {
@@ -75,62 +76,68 @@ CommunityPolicy::Rule& CommunityPolicy::lastRule() {
 
 void CommunityPolicy::addRule(std::string name) {
    rules_.push_back({.counts = {.name = std::move(name)}, .steps = {}});
-   memos_.clear();
+}
+
+void CommunityPolicy::addStep(Action action, std::string_view text, bool condition) {
+   Step step{.action = std::move(action), .perPeer = text.find("peer-as") != text.npos};
+   auto& steps = lastRule().steps;
+   // Conditions go before the rule's edits: all of them are judged on the
+   // lists as the rule finds them.
+   auto const at = condition ? std::find_if(steps.begin(), steps.end(),
+                                            [](Step const& s) { return s.action.index() >= 4; })
+                             : steps.end();
+   steps.insert(at, std::move(step));
+   sharedMemos_.clear();
+   peerMemos_.clear();
 }
 
 void CommunityPolicy::addMatch(std::string_view kind, std::string_view set) {
-   Step step;
+   Action action;
    switch (kindNamed(kind)) {
    case CommunityKind::standard:
-      step = Condition<StandardCommunityMatcher>{parseStandardCommunitySet(set)};
+      action = Condition<StandardCommunityMatcher>{parseStandardCommunitySet(set)};
       break;
    case CommunityKind::large:
-      step = Condition<LargeCommunityMatcher>{parseLargeCommunitySet(set)};
+      action = Condition<LargeCommunityMatcher>{parseLargeCommunitySet(set)};
       break;
    case CommunityKind::extended:
-      step = Condition<ExtCommunityMatcher>{parseExtCommunitySet(set)};
+      action = Condition<ExtCommunityMatcher>{parseExtCommunitySet(set)};
       break;
    case CommunityKind::ip6:
-      step = Condition<ExtCommIp6Matcher>{parseExtCommIp6Set(set)};
+      action = Condition<ExtCommIp6Matcher>{parseExtCommIp6Set(set)};
       break;
    }
-   // Conditions go before the rule's edits: all of them are judged on the
-   // lists as the rule finds them.
-   auto& steps = lastRule().steps;
-   auto const firstEdit =
-      std::find_if(steps.begin(), steps.end(), [](Step const& s) { return s.index() >= 4; });
-   steps.insert(firstEdit, std::move(step));
-   memos_.clear();
+   addStep(std::move(action), set, true);
 }
 
 void CommunityPolicy::addEdit(std::string_view kind, std::string_view edit) {
-   Step step;
+   Action action;
    switch (kindNamed(kind)) {
    case CommunityKind::standard:
-      step = Edit<StandardCommunityMatcher>{parseStandardCommunityEdit(edit)};
+      action = Edit<StandardCommunityMatcher>{parseStandardCommunityEdit(edit)};
       break;
    case CommunityKind::large:
-      step = Edit<LargeCommunityMatcher>{parseLargeCommunityEdit(edit)};
+      action = Edit<LargeCommunityMatcher>{parseLargeCommunityEdit(edit)};
       break;
    case CommunityKind::extended:
-      step = Edit<ExtCommunityMatcher>{parseExtCommunityEdit(edit)};
+      action = Edit<ExtCommunityMatcher>{parseExtCommunityEdit(edit)};
       break;
    case CommunityKind::ip6:
-      step = Edit<ExtCommIp6Matcher>{parseExtCommIp6Edit(edit)};
+      action = Edit<ExtCommIp6Matcher>{parseExtCommIp6Edit(edit)};
       break;
    }
-   lastRule().steps.push_back(std::move(step));
-   memos_.clear();
+   addStep(std::move(action), edit, false);
 }
 
 std::vector<CommunityPolicy::Memo>& CommunityPolicy::memosOf(U32 peerAs) {
-   auto& memos = memos_[peerAs];
+   auto& memos = peerMemos_[peerAs];
    if (memos.empty()) {
       std::size_t steps = 0;
       for (Rule const& rule : rules_) {
          steps += rule.steps.size();
       }
       memos.resize(steps);
+      sharedMemos_.resize(steps);
    }
    return memos;
 }
@@ -138,13 +145,15 @@ std::vector<CommunityPolicy::Memo>& CommunityPolicy::memosOf(U32 peerAs) {
 CommunityPolicy::Outcome CommunityPolicy::run(PathLists& lists, U32 peerAs, U64 paths) {
    CommunityMatchContext const context{.peerAs = peerAs, .localAs = localAs_};
    bool const editable = lists.malformed.empty();
-   auto& memos = memosOf(peerAs);
+   auto& peerMemos = memosOf(peerAs);
    Outcome outcome;
    std::size_t next = 0;
    for (Rule& rule : rules_) {
       bool holds = true, changed = false;
       for (Step const& step : rule.steps) {
-         Memo& memo = memos[next++];
+         Memo& memo = step.perPeer ? peerMemos[next] : sharedMemos_[next];
+         std::size_t const slots = step.perPeer ? peerMemoSlots : sharedMemoSlots;
+         ++next;
          if (!holds) {
             continue;
          }
@@ -153,15 +162,14 @@ CommunityPolicy::Outcome CommunityPolicy::run(PathLists& lists, U32 peerAs, U64 
                using Matcher = typename Kind::MatcherType;
                if constexpr (requires { s.set; }) {
                   auto& answers = memoOf<CommunitySetMatchMemo<Matcher>>(memo, [&] {
-                     return std::make_unique<CommunitySetMatchMemo<Matcher>>(s.set, context,
-                                                                             memoSlots);
+                     return std::make_unique<CommunitySetMatchMemo<Matcher>>(s.set, context, slots);
                   });
                   auto const* list = listOf<Matcher>(lists).get();
                   holds = answers.matches(list ? *list : *listOf<Matcher>(empty_));
                } else if (editable) {
                   auto& results = memoOf<CommunityListEditMemo<Matcher>>(memo, [&] {
                      return std::make_unique<CommunityListEditMemo<Matcher>>(s.edit, tables_,
-                                                                             context, memoSlots);
+                                                                             context, slots);
                   });
                   auto& list = listOf<Matcher>(lists);
                   auto result = results.apply(list.get());
@@ -171,7 +179,7 @@ CommunityPolicy::Outcome CommunityPolicy::run(PathLists& lists, U32 peerAs, U64 
                   }
                }
             },
-            step);
+            step.action);
       }
       if (holds) {
          outcome.matched = true;

@@ -18,8 +18,8 @@
 // the AS given to the policy.
 //
 // Answers and edits go through the library's memos, one per condition or
-// edit and peer AS, so that each distinct list is judged and edited once per
-// peer AS. Not thread-safe.
+// edit (per peer AS for those that name peer-as), so that each distinct list
+// is judged and edited once. Not thread-safe.
 #pragma once
 
 #include "PathLists.h"
@@ -89,17 +89,23 @@ class CommunityPolicy {
       using MatcherType = Matcher;
       typename Routing::Bgp::CommunityListEdit<Matcher>::PtrConst edit;
    };
-   using Step = std::variant<
+   using Action = std::variant<
       Condition<Routing::Bgp::StandardCommunityMatcher>,
       Condition<Routing::Bgp::LargeCommunityMatcher>, Condition<Routing::Bgp::ExtCommunityMatcher>,
       Condition<Routing::Bgp::ExtCommIp6Matcher>, Edit<Routing::Bgp::StandardCommunityMatcher>,
       Edit<Routing::Bgp::LargeCommunityMatcher>, Edit<Routing::Bgp::ExtCommunityMatcher>,
       Edit<Routing::Bgp::ExtCommIp6Matcher>>;
+   struct Step {
+      Action action;
+      // Whether the answer depends on the peer AS (peer-as in the text):
+      // then the step has a memo per peer AS, else one for all.
+      bool perPeer = false;
+   };
    struct Rule {
       RuleCounts counts;
       std::vector<Step> steps; // conditions first, then edits, each in the order given
    };
-   // One memo per step of every rule, for one peer AS, made when first used.
+   // A step's memo, made when first used.
    using Memo = std::variant<std::unique_ptr<Routing::Bgp::StandardCommunitySetMatchMemo>,
                              std::unique_ptr<Routing::Bgp::LargeCommunitySetMatchMemo>,
                              std::unique_ptr<Routing::Bgp::ExtCommunitySetMatchMemo>,
@@ -117,13 +123,17 @@ class CommunityPolicy {
    };
 
    Rule& lastRule();
+   void addStep(Action action, std::string_view text, bool condition);
    std::vector<Memo>& memosOf(U32 peerAs);
 
    Routing::Bgp::CommunityTables::PtrConst tables_;
    U32 localAs_;
    EmptyLists empty_;
    std::vector<Rule> rules_;
-   std::unordered_map<U32, std::vector<Memo>> memos_; // by peer AS
+   // One per step of every rule, in order: the memos of steps that do not
+   // depend on the peer AS, and those of the ones that do, by peer AS.
+   std::vector<Memo> sharedMemos_;
+   std::unordered_map<U32, std::vector<Memo>> peerMemos_;
 };
 
 } // namespace QorBgpTools
