@@ -10,6 +10,7 @@
 namespace QorBgpTools {
 
 using namespace Routing::Bgp;
+using Routing::RouteMap::PosixRegex;
 
 namespace {
 
@@ -83,9 +84,14 @@ void CommunityPolicy::addStep(Action action, std::string_view text, bool conditi
    auto& steps = lastRule().steps;
    // Conditions go before the rule's edits: all of them are judged on the
    // lists as the rule finds them.
-   auto const at = condition ? std::find_if(steps.begin(), steps.end(),
-                                            [](Step const& s) { return s.action.index() >= 4; })
-                             : steps.end();
+   auto const isEdit = [](Step const& s) {
+      return std::visit(
+         [](auto const& a) {
+            return requires { a.edit; };
+         },
+         s.action);
+   };
+   auto const at = condition ? std::find_if(steps.begin(), steps.end(), isEdit) : steps.end();
    steps.insert(at, std::move(step));
    sharedMemos_.clear();
    peerMemos_.clear();
@@ -93,6 +99,38 @@ void CommunityPolicy::addStep(Action action, std::string_view text, bool conditi
 
 void CommunityPolicy::addMatch(std::string_view kind, std::string_view set) {
    Action action;
+   constexpr std::string_view listRegex = "list-regex";
+   if (set.starts_with(listRegex) &&
+       (set.size() == listRegex.size() || set[listRegex.size()] == ' ')) {
+      std::string_view pattern = set.substr(listRegex.size());
+      pattern.remove_prefix(std::min(pattern.find_first_not_of(' '), pattern.size()));
+      if (pattern.empty()) {
+         throw Kiv::RangeError("at " + std::to_string(set.size() + 1) +
+                               ": expected a regular expression, found end of text");
+      }
+      auto compiled = PosixRegex::compile(PosixRegex::withDelimiters(pattern));
+      if (!compiled) {
+         throw Kiv::RangeError("at " + std::to_string(set.size() - pattern.size() + 1) + ": " +
+                               compiled.error);
+      }
+      auto memo = std::make_shared<RouteMapMatchMemo const>(compiled.regex);
+      switch (kindNamed(kind)) {
+      case CommunityKind::standard:
+         action = ListRegex<StandardCommunityMatcher>{compiled.regex, memo};
+         break;
+      case CommunityKind::large:
+         action = ListRegex<LargeCommunityMatcher>{compiled.regex, memo};
+         break;
+      case CommunityKind::extended:
+         action = ListRegex<ExtCommunityMatcher>{compiled.regex, memo};
+         break;
+      case CommunityKind::ip6:
+         action = ListRegex<ExtCommIp6Matcher>{compiled.regex, nullptr};
+         break;
+      }
+      addStep(std::move(action), "", true);
+      return;
+   }
    switch (kindNamed(kind)) {
    case CommunityKind::standard:
       action = Condition<StandardCommunityMatcher>{parseStandardCommunitySet(set)};
@@ -166,6 +204,14 @@ CommunityPolicy::Outcome CommunityPolicy::run(PathLists& lists, U32 peerAs, U64 
                   });
                   auto const* list = listOf<Matcher>(lists).get();
                   holds = answers.matches(list ? *list : *listOf<Matcher>(empty_));
+               } else if constexpr (requires { s.regex; }) {
+                  auto const* list = listOf<Matcher>(lists).get();
+                  auto const& judged = list ? *list : *listOf<Matcher>(empty_);
+                  if constexpr (std::is_same_v<Matcher, ExtCommIp6Matcher>) {
+                     holds = s.regex->execute(ip6Text(&judged).c_str()) == 0;
+                  } else {
+                     holds = s.memo->matchCommunitiesRegex(judged);
+                  }
                } else if (editable) {
                   auto& results = memoOf<CommunityListEditMemo<Matcher>>(memo, [&] {
                      return std::make_unique<CommunityListEditMemo<Matcher>>(s.edit, tables_,

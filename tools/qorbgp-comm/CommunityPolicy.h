@@ -13,8 +13,10 @@
 //      edit large add 65000:1:100
 //
 // Lines are "rule <name>", "match <kind> <set>" and "edit <kind> <edit>",
-// kind one of standard, large, extended, ipv6; blank lines and lines starting
-// with '#' are skipped. peer-as in a matcher is each path's peer AS, local-as
+// kind one of standard, large, extended, ipv6; "match <kind> list-regex
+// <regex>" matches a route-map regular expression against the whole list's
+// text, as `qorbgp-comm match` does. Blank lines and lines starting with '#'
+// are skipped. peer-as in a matcher is each path's peer AS, local-as
 // the AS given to the policy.
 //
 // Answers and edits go through the library's memos, one per condition or
@@ -26,6 +28,7 @@
 
 #include "QorBgpCommunity/QorBgp/CommunityListEditMemo.h"
 #include "QorBgpCommunity/QorBgp/CommunitySetMatchMemo.h"
+#include "QorBgpCommunity/QorBgp/QorBgpCommunityListMatchMemo.h"
 
 #include <memory>
 #include <optional>
@@ -84,6 +87,15 @@ class CommunityPolicy {
       using MatcherType = Matcher;
       typename Routing::Bgp::CommunitySetMatcher<Matcher>::PtrConst set;
    };
+   // A route-map regular expression on the whole list's text, as match's
+   // REGEX; one memo answers each list once for every peer (IPv6 lists, which
+   // have no memo, are matched every time).
+   template <class Matcher>
+   struct ListRegex {
+      using MatcherType = Matcher;
+      Routing::RouteMap::PosixRegex::PtrConst regex;
+      std::shared_ptr<Routing::Bgp::RouteMapMatchMemo const> memo;
+   };
    template <class Matcher>
    struct Edit {
       using MatcherType = Matcher;
@@ -92,7 +104,9 @@ class CommunityPolicy {
    using Action = std::variant<
       Condition<Routing::Bgp::StandardCommunityMatcher>,
       Condition<Routing::Bgp::LargeCommunityMatcher>, Condition<Routing::Bgp::ExtCommunityMatcher>,
-      Condition<Routing::Bgp::ExtCommIp6Matcher>, Edit<Routing::Bgp::StandardCommunityMatcher>,
+      Condition<Routing::Bgp::ExtCommIp6Matcher>, ListRegex<Routing::Bgp::StandardCommunityMatcher>,
+      ListRegex<Routing::Bgp::LargeCommunityMatcher>, ListRegex<Routing::Bgp::ExtCommunityMatcher>,
+      ListRegex<Routing::Bgp::ExtCommIp6Matcher>, Edit<Routing::Bgp::StandardCommunityMatcher>,
       Edit<Routing::Bgp::LargeCommunityMatcher>, Edit<Routing::Bgp::ExtCommunityMatcher>,
       Edit<Routing::Bgp::ExtCommIp6Matcher>>;
    struct Step {

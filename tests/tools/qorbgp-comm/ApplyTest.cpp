@@ -138,14 +138,19 @@ TEST_F(QorBgpCommApply, EditsEveryKindOfList) {
    }
    std::string const policy = path("policy");
    std::ofstream(policy) << "rule all\n"
+                            "match standard list-regex ^$\n" // no list: judged as empty
                             "edit ipv6 delete 0:2 2001:db8::/32:*\n"
                             "edit extended add color 7 rt 65000:1\n"
                             "edit large delete-all\n"
-                            "edit standard set no-export\n";
+                            "edit standard set no-export\n"
+                            "rule never\n"
+                            "match large list-regex _65000:1:3_\n";
    std::string const output = path("edited.mrt");
-   Outcome const applied = run("apply " + policy + " " + input + " --write " + output);
+   Outcome const applied = run("apply --json " + policy + " " + input + " --write " + output);
    ASSERT_EQ(applied.status, 0) << applied.err;
-   EXPECT_NE(applied.out.find("1 paths, 1 changed"), std::string::npos) << applied.out;
+   nlohmann::json const report = nlohmann::json::parse(applied.out);
+   EXPECT_EQ(report["rules"][0]["changed"], 1);
+   EXPECT_EQ(report["rules"][1]["matched"], 0);
 
    Outcome const shown = run("show --json " + output);
    ASSERT_EQ(shown.status, 0) << shown.err;
