@@ -1,0 +1,437 @@
+#include "QorBgpCommunity/QorBgp/RouteTargetMembershipIndex.h"
+
+#include "QorBgpCommunity/platform/Errors.h"
+
+#include <absl/container/btree_map.h>
+#include <absl/container/flat_hash_map.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <mutex>
+
+namespace Routing::Bgp {
+
+namespace {
+
+using Peer = RouteTargetMembershipIndex::Peer;
+using Peers = RouteTargetMembershipIndex::Peers;
+
+constexpr U32 noNode = ~U32{0};
+
+U64 maskOf(unsigned length) noexcept { return length == 0 ? 0 : ~U64{0} << (64 - length); }
+unsigned bitAt(U64 word, unsigned bit) noexcept {
+   return static_cast<unsigned>(word >> (63 - bit) & 1);
+}
+unsigned commonLength(U64 a, U64 b, unsigned most) noexcept {
+   U64 const differ = a ^ b;
+   return std::min(most, differ == 0 ? 64u : static_cast<unsigned>(std::countl_zero(differ)));
+}
+
+} // namespace
+
+class RouteTargetMembershipIndex::Impl {
+ public:
+   Impl() { nodes_.push_back(Node{}); } // the root, 0/0, never removed
+
+   // One membership of one peer, at the node of its prefix.
+   struct Member {
+      Peer peer;
+      RouteTargetMembership membership;
+      friend auto operator<=>(Member const&, Member const&) = default;
+      friend bool operator==(Member const&, Member const&) = default;
+   };
+   struct Node {
+      U64 prefix = 0; // bits past the length zero
+      unsigned length = 0;
+      std::array<U32, 2> child{noNode, noNode};
+      std::vector<Member> members; // ascending, each once
+   };
+   struct LiveList {
+      U64 serial;
+      std::vector<U64> routeTargets;        // ascending, each once
+      std::shared_ptr<Peers const> wanting; // null: no peer
+   };
+
+   // The node of exactly `prefix`, made (with a branching node when needed)
+   // when absent.
+   U32 nodeFor(RouteTargetPrefix const& prefix) {
+      U64 const bits = prefix.prefixBits();
+      unsigned const length = prefix.bitlen();
+      U32 at = 0;
+      for (;;) {
+         if (nodes_[at].length == length) {
+            return at;
+         }
+         unsigned const side = bitAt(bits, nodes_[at].length);
+         U32 const next = nodes_[at].child[side];
+         if (next == noNode) {
+            return nodes_[at].child[side] = newNode(bits, length);
+         }
+         Node const& child = nodes_[next];
+         unsigned const common = commonLength(bits, child.prefix, std::min(length, child.length));
+         if (common == child.length) {
+            at = next;
+            continue;
+         }
+         // The child lies off the new prefix's way: a node of the new prefix
+         // above it, or a branching node above both.
+         U32 const above =
+            common == length ? newNode(bits, length) : newNode(bits & maskOf(common), common);
+         nodes_[above].child[bitAt(nodes_[next].prefix, common)] = next;
+         nodes_[at].child[side] = above;
+         if (common == length) {
+            return above;
+         }
+         return nodes_[above].child[bitAt(bits, common)] = newNode(bits, length);
+      }
+   }
+
+   // The node of exactly `prefix`, and the way to it from the root; noNode when absent.
+   U32 findNode(RouteTargetPrefix const& prefix, std::vector<U32>* way) const {
+      U64 const bits = prefix.prefixBits();
+      U32 at = 0;
+      while (at != noNode) {
+         Node const& node = nodes_[at];
+         if (node.length > prefix.bitlen() || ((bits ^ node.prefix) & maskOf(node.length)) != 0) {
+            return noNode;
+         }
+         if (way) {
+            way->push_back(at);
+         }
+         if (node.length == prefix.bitlen()) {
+            return at;
+         }
+         at = node.child[bitAt(bits, node.length)];
+      }
+      return noNode;
+   }
+
+   // Calls visit(node) for every node whose prefix covers `rt`, root first.
+   template <class Visit>
+   void forEachCovering(U64 rt, Visit visit) const {
+      U32 at = 0;
+      while (at != noNode) {
+         Node const& node = nodes_[at];
+         if (((rt ^ node.prefix) & maskOf(node.length)) != 0) {
+            return;
+         }
+         visit(node);
+         if (node.length == 64) {
+            return;
+         }
+         at = node.child[bitAt(rt, node.length)];
+      }
+   }
+
+   Peers peersWanting(U64 rt) const {
+      Peers peers;
+      forEachCovering(rt, [&](Node const& node) {
+         for (Member const& m : node.members) {
+            if (peers.empty() || peers.back() != m.peer) {
+               peers.push_back(m.peer);
+            }
+         }
+      });
+      std::sort(peers.begin(), peers.end());
+      peers.erase(std::unique(peers.begin(), peers.end()), peers.end());
+      return peers;
+   }
+
+   // Whether a membership of `peer` covers one of `routeTargets`.
+   bool peerWants(Peer peer, std::vector<U64> const& routeTargets) const {
+      for (U64 rt : routeTargets) {
+         bool found = false;
+         forEachCovering(rt, [&](Node const& node) {
+            auto const it = std::lower_bound(node.members.begin(), node.members.end(), peer,
+                                             [](Member const& m, Peer p) { return m.peer < p; });
+            found = found || (it != node.members.end() && it->peer == peer);
+         });
+         if (found) {
+            return true;
+         }
+      }
+      return false;
+   }
+
+   bool addMember(Peer peer, RouteTargetMembership const& membership) {
+      auto& mine = byPeer_[peer];
+      auto const at = std::lower_bound(mine.begin(), mine.end(), membership);
+      if (at != mine.end() && *at == membership) {
+         return false;
+      }
+      mine.insert(at, membership);
+      auto& members = nodes_[nodeFor(membership.prefix())].members;
+      Member const member{peer, membership};
+      members.insert(std::lower_bound(members.begin(), members.end(), member), member);
+      ++memberships_;
+      return true;
+   }
+
+   bool removeMember(Peer peer, RouteTargetMembership const& membership) {
+      auto mine = byPeer_.find(peer);
+      if (mine == byPeer_.end()) {
+         return false;
+      }
+      auto const at = std::lower_bound(mine->second.begin(), mine->second.end(), membership);
+      if (at == mine->second.end() || !(*at == membership)) {
+         return false;
+      }
+      mine->second.erase(at);
+      if (mine->second.empty()) {
+         byPeer_.erase(mine);
+      }
+      std::vector<U32> way;
+      U32 const index = findNode(membership.prefix(), &way);
+      auto& members = nodes_[index].members;
+      members.erase(std::lower_bound(members.begin(), members.end(), Member{peer, membership}));
+      --memberships_;
+      prune(way);
+      return true;
+   }
+
+   // Removes the nodes along `way` (root first) that hold no membership and
+   // branch no more, from the end up.
+   void prune(std::vector<U32> const& way) {
+      for (std::size_t i = way.size(); i-- > 1;) {
+         Node& node = nodes_[way[i]];
+         int const children = (node.child[0] != noNode) + (node.child[1] != noNode);
+         if (!node.members.empty() || children == 2) {
+            return;
+         }
+         U32 const only = node.child[0] != noNode ? node.child[0] : node.child[1];
+         Node& parent = nodes_[way[i - 1]];
+         parent.child[parent.child[0] == way[i] ? 0 : 1] = only;
+         node = Node{};
+         free_.push_back(way[i]);
+      }
+   }
+
+   // The live lists holding a route target under `prefix`, each once.
+   std::vector<RtExtCommClassificationList const*>
+   listsUnder(RouteTargetPrefix const& prefix) const {
+      std::vector<RtExtCommClassificationList const*> found;
+      U64 const low = prefix.prefixBits(), high = low | ~prefix.mask();
+      for (auto it = byRouteTarget_.lower_bound(low);
+           it != byRouteTarget_.end() && it->first <= high; ++it) {
+         found.insert(found.end(), it->second.begin(), it->second.end());
+      }
+      std::sort(found.begin(), found.end());
+      found.erase(std::unique(found.begin(), found.end()), found.end());
+      return found;
+   }
+
+   // `peer` added to or taken from the peers remembered for `list`.
+   static void wantingIs(LiveList& list, Peer peer, bool wanted) {
+      Peers peers = list.wanting ? *list.wanting : Peers();
+      auto const at = std::lower_bound(peers.begin(), peers.end(), peer);
+      if (wanted) {
+         peers.insert(at, peer);
+      } else {
+         peers.erase(at);
+      }
+      list.wanting = peers.empty() ? nullptr : std::make_shared<Peers const>(std::move(peers));
+   }
+
+   static bool contains(std::shared_ptr<Peers const> const& peers, Peer peer) {
+      return peers && std::binary_search(peers->begin(), peers->end(), peer);
+   }
+
+   // After `peer`'s memberships changed under `prefix`: the live lists there
+   // whose status for the peer turned, their remembered peers updated.
+   StatusChanges recheck(Peer peer, RouteTargetPrefix const& prefix) {
+      StatusChanges changes;
+      for (RtExtCommClassificationList const* key : listsUnder(prefix)) {
+         LiveList& list = lists_.at(key);
+         bool const before = contains(list.wanting, peer);
+         bool const after = peerWants(peer, list.routeTargets);
+         if (before != after) {
+            wantingIs(list, peer, after);
+            changes.push_back({key, list.serial, peer, after});
+         }
+      }
+      std::sort(changes.begin(), changes.end(),
+                [](StatusChange const& a, StatusChange const& b) { return a.serial < b.serial; });
+      return changes;
+   }
+
+   void listArrives(RtExtCommClassificationList const* list) {
+      LiveList live{++arrivals_, {}, nullptr};
+      for (ExtComm::PtrConst const& comm : *list->commVectorRawPtr()) {
+         live.routeTargets.push_back(comm->community());
+      }
+      std::sort(live.routeTargets.begin(), live.routeTargets.end());
+      live.routeTargets.erase(std::unique(live.routeTargets.begin(), live.routeTargets.end()),
+                              live.routeTargets.end());
+      Peers peers;
+      for (U64 rt : live.routeTargets) {
+         Peers const more = peersWanting(rt);
+         peers.insert(peers.end(), more.begin(), more.end());
+         byRouteTarget_[rt].push_back(list);
+      }
+      std::sort(peers.begin(), peers.end());
+      peers.erase(std::unique(peers.begin(), peers.end()), peers.end());
+      if (!peers.empty()) {
+         live.wanting = std::make_shared<Peers const>(std::move(peers));
+      }
+      lists_.insert_or_assign(list, std::move(live));
+   }
+
+   void listLeaves(RtExtCommClassificationList const* list) {
+      auto const it = lists_.find(list);
+      if (it == lists_.end()) {
+         return;
+      }
+      for (U64 rt : it->second.routeTargets) {
+         auto const at = byRouteTarget_.find(rt);
+         std::erase(at->second, list);
+         if (at->second.empty()) {
+            byRouteTarget_.erase(at);
+         }
+      }
+      lists_.erase(it);
+   }
+
+   LiveList const* live(RtExtCommClassificationList const* list) const {
+      auto const it = lists_.find(list);
+      return it == lists_.end() ? nullptr : &it->second;
+   }
+
+   std::vector<Node> nodes_;
+   std::vector<U32> free_;
+   std::size_t memberships_ = 0;
+   U64 arrivals_ = 0; // the serial of the last list that came into use
+   absl::flat_hash_map<Peer, std::vector<RouteTargetMembership>> byPeer_;
+   absl::flat_hash_map<RtExtCommClassificationList const*, LiveList> lists_;
+   absl::btree_map<U64, std::vector<RtExtCommClassificationList const*>> byRouteTarget_;
+
+ private:
+   U32 newNode(U64 prefix, unsigned length) {
+      Node node;
+      node.prefix = prefix & maskOf(length);
+      node.length = length;
+      if (!free_.empty()) {
+         U32 const index = free_.back();
+         free_.pop_back();
+         nodes_[index] = std::move(node);
+         return index;
+      }
+      nodes_.push_back(std::move(node));
+      return static_cast<U32>(nodes_.size() - 1);
+   }
+};
+
+RouteTargetMembershipIndex::RouteTargetMembershipIndex(ExtCommListDedupTable::Ptr table)
+    : table_(std::move(table)), impl_(std::make_unique<Impl>()) {
+   if (!table_) {
+      throw Kiv::NullArgumentError("RouteTargetMembershipIndex: null table");
+   }
+   auto const& collection = table_->notifyingRtExtCommListCollection();
+   std::unique_lock lock(mutex_);
+   for (auto const& notifier : collection->rtExtCommLists()) {
+      impl_->listArrives(notifier->rtExtCommListRawPtr());
+   }
+   notifierIs(collection.get());
+}
+
+RouteTargetMembershipIndex::~RouteTargetMembershipIndex() { notifierIs(nullptr); }
+
+void RouteTargetMembershipIndex::onRtExtCommList(
+   RtExtCommListLifeTimeNotifier::PtrConst const& notifier) {
+   std::unique_lock lock(mutex_);
+   if (table_->notifyingRtExtCommListCollection()->rtExtCommLists().contains(notifier)) {
+      impl_->listArrives(notifier->rtExtCommListRawPtr());
+   } else {
+      impl_->listLeaves(notifier->rtExtCommListRawPtr());
+   }
+}
+
+RouteTargetMembershipIndex::StatusChanges
+RouteTargetMembershipIndex::membershipIs(Peer peer, RouteTargetMembership const& membership) {
+   std::unique_lock lock(mutex_);
+   if (!impl_->addMember(peer, membership)) {
+      return {};
+   }
+   return impl_->recheck(peer, membership.prefix());
+}
+
+RouteTargetMembershipIndex::StatusChanges
+RouteTargetMembershipIndex::membershipDel(Peer peer, RouteTargetMembership const& membership) {
+   std::unique_lock lock(mutex_);
+   if (!impl_->removeMember(peer, membership)) {
+      return {};
+   }
+   return impl_->recheck(peer, membership.prefix());
+}
+
+RouteTargetMembershipIndex::StatusChanges RouteTargetMembershipIndex::peerDel(Peer peer) {
+   std::unique_lock lock(mutex_);
+   auto const it = impl_->byPeer_.find(peer);
+   if (it == impl_->byPeer_.end()) {
+      return {};
+   }
+   std::vector<RouteTargetMembership> const mine = it->second;
+   for (RouteTargetMembership const& m : mine) {
+      impl_->removeMember(peer, m);
+   }
+   // Every list the peer wanted is no longer wanted: those under its widest
+   // prefixes cover the rest.
+   StatusChanges changes;
+   for (auto& [key, list] : impl_->lists_) {
+      if (Impl::contains(list.wanting, peer)) {
+         Impl::wantingIs(list, peer, false);
+         changes.push_back({key, list.serial, peer, false});
+      }
+   }
+   std::sort(changes.begin(), changes.end(),
+             [](StatusChange const& a, StatusChange const& b) { return a.serial < b.serial; });
+   return changes;
+}
+
+bool RouteTargetMembershipIndex::wants(Peer peer, RtExtCommClassificationList const* list) const {
+   std::shared_lock lock(mutex_);
+   auto const* live = impl_->live(list);
+   return live && Impl::contains(live->wanting, peer);
+}
+
+bool RouteTargetMembershipIndex::wants(Peer peer, ExtCommList const& list) const {
+   return wants(peer, static_cast<RtExtCommClassificationList const*>(
+                         list.classificationList(extCommClassificationRouteTarget).get()));
+}
+
+std::shared_ptr<RouteTargetMembershipIndex::Peers const>
+RouteTargetMembershipIndex::peersWanting(RtExtCommClassificationList const* list) const {
+   std::shared_lock lock(mutex_);
+   auto const* live = impl_->live(list);
+   return live ? live->wanting : nullptr;
+}
+
+std::shared_ptr<RouteTargetMembershipIndex::Peers const>
+RouteTargetMembershipIndex::peersWanting(ExtCommList const& list) const {
+   return peersWanting(static_cast<RtExtCommClassificationList const*>(
+      list.classificationList(extCommClassificationRouteTarget).get()));
+}
+
+RouteTargetMembershipIndex::Peers RouteTargetMembershipIndex::peersWanting(RouteTarget rt) const {
+   std::shared_lock lock(mutex_);
+   return impl_->peersWanting(rt.word());
+}
+
+std::vector<RouteTargetMembership> RouteTargetMembershipIndex::memberships(Peer peer) const {
+   std::shared_lock lock(mutex_);
+   auto const it = impl_->byPeer_.find(peer);
+   return it == impl_->byPeer_.end() ? std::vector<RouteTargetMembership>() : it->second;
+}
+
+RouteTargetMembershipIndex::Size RouteTargetMembershipIndex::size() const {
+   std::shared_lock lock(mutex_);
+   return {impl_->memberships_, impl_->nodes_.size() - impl_->free_.size(), impl_->lists_.size(),
+           impl_->byRouteTarget_.size()};
+}
+
+RouteTargetMembershipIndex::Ptr
+routeTargetMembershipIndexFactory(ExtCommListDedupTable::Ptr table) {
+   return Kiv::newNotifying<RouteTargetMembershipIndex>(std::move(table));
+}
+
+} // namespace Routing::Bgp
