@@ -48,9 +48,11 @@ class RouteTargetMembershipIndex::Impl {
       std::vector<Member> members; // ascending, each once
    };
    struct LiveList {
-      U64 serial;
+      RtExtCommClassificationList const* list = nullptr;
+      U64 serial = 0;
       std::vector<U64> routeTargets;        // ascending, each once
-      std::shared_ptr<Peers const> wanting; // null: no peer
+      std::shared_ptr<Peers const> wanting; // shared (see peerSet); null: no peer
+      U64 visited = 0;                      // the last recheck that looked at it
    };
 
    // The node of exactly `prefix`, made (with a branching node when needed)
@@ -207,94 +209,145 @@ class RouteTargetMembershipIndex::Impl {
       }
    }
 
-   // The live lists holding a route target under `prefix`, each once.
-   std::vector<RtExtCommClassificationList const*>
-   listsUnder(RouteTargetPrefix const& prefix) const {
-      std::vector<RtExtCommClassificationList const*> found;
+   // Calls visit(list) once for every live list holding a route target under
+   // `prefix`.
+   template <class Visit>
+   void forEachListUnder(RouteTargetPrefix const& prefix, Visit visit) {
+      if (prefix.bitlen() == 0) { // every list: in storage order
+         for (LiveList& list : slots_) {
+            if (list.list) {
+               visit(list);
+            }
+         }
+         return;
+      }
+      U64 const round = ++rechecks_;
       U64 const low = prefix.prefixBits(), high = low | ~prefix.mask();
       for (auto it = byRouteTarget_.lower_bound(low);
            it != byRouteTarget_.end() && it->first <= high; ++it) {
-         found.insert(found.end(), it->second.begin(), it->second.end());
+         for (U32 slot : it->second) {
+            LiveList& list = slots_[slot];
+            if (list.visited != round) {
+               list.visited = round;
+               visit(list);
+            }
+         }
       }
-      std::sort(found.begin(), found.end());
-      found.erase(std::unique(found.begin(), found.end()), found.end());
-      return found;
    }
 
-   // `peer` added to or taken from the peers remembered for `list`.
-   static void wantingIs(LiveList& list, Peer peer, bool wanted) {
-      Peers peers = list.wanting ? *list.wanting : Peers();
-      auto const at = std::lower_bound(peers.begin(), peers.end(), peer);
-      if (wanted) {
-         peers.insert(at, peer);
-      } else {
-         peers.erase(at);
+   // The one shared object of `peers` (null for none): lists wanted by the
+   // same peers share it, so that a change turning many of them computes each
+   // new set once.
+   std::shared_ptr<Peers const> peerSet(Peers const& peers) {
+      if (peers.empty()) {
+         return nullptr;
       }
-      list.wanting = peers.empty() ? nullptr : std::make_shared<Peers const>(std::move(peers));
+      auto& held = peerSets_[peers];
+      if (auto set = held.lock()) {
+         return set;
+      }
+      auto set = std::make_shared<Peers const>(peers);
+      held = set;
+      if (peerSets_.size() > 2 * peerSetsSwept_ + 64) {
+         absl::erase_if(peerSets_, [](auto const& entry) { return entry.second.expired(); });
+         peerSetsSwept_ = peerSets_.size();
+      }
+      return set;
    }
 
    static bool contains(std::shared_ptr<Peers const> const& peers, Peer peer) {
       return peers && std::binary_search(peers->begin(), peers->end(), peer);
    }
 
-   // After `peer`'s memberships changed under `prefix`: the live lists there
-   // whose status for the peer turned, their remembered peers updated.
-   StatusChanges recheck(Peer peer, RouteTargetPrefix const& prefix) {
+   // After `peer` gained (`added`) or lost a membership of `prefix`: the live
+   // lists there whose status for the peer turned, their peers updated.
+   StatusChanges recheck(Peer peer, RouteTargetPrefix const& prefix, bool added) {
       StatusChanges changes;
-      for (RtExtCommClassificationList const* key : listsUnder(prefix)) {
-         LiveList& list = lists_.at(key);
+      changes.reserve(prefix.bitlen() == 0 ? lists_.size() : 0);
+      // The new peer set of each old one, worked out once.
+      absl::flat_hash_map<Peers const*, std::shared_ptr<Peers const>> turned;
+      auto const mine = byPeer_.find(peer);
+      std::vector<RouteTargetMembership> const* left =
+         mine == byPeer_.end() ? nullptr : &mine->second;
+      forEachListUnder(prefix, [&](LiveList& list) {
          bool const before = contains(list.wanting, peer);
-         bool const after = peerWants(peer, list.routeTargets);
-         if (before != after) {
-            wantingIs(list, peer, after);
-            changes.push_back({key, list.serial, peer, after});
+         // A list under an added prefix is wanted; after a removal, the
+         // peer's other memberships decide (checked one by one when few).
+         bool const after =
+            added ||
+            (left && (left->size() <= 8
+                         ? std::any_of(left->begin(), left->end(),
+                                       [&](RouteTargetMembership const& m) {
+                                          return std::any_of(
+                                             list.routeTargets.begin(), list.routeTargets.end(),
+                                             [&](U64 rt) { return m.covers(RouteTarget(rt)); });
+                                       })
+                         : peerWants(peer, list.routeTargets)));
+         if (before == after) {
+            return;
          }
-      }
-      std::sort(changes.begin(), changes.end(),
-                [](StatusChange const& a, StatusChange const& b) { return a.serial < b.serial; });
+         auto [it, fresh] = turned.try_emplace(list.wanting.get());
+         if (fresh) {
+            Peers peers = list.wanting ? *list.wanting : Peers();
+            auto const at = std::lower_bound(peers.begin(), peers.end(), peer);
+            after ? (void)peers.insert(at, peer) : (void)peers.erase(at);
+            it->second = peerSet(peers);
+         }
+         list.wanting = it->second;
+         changes.push_back({list.list, list.serial, peer, after});
+      });
       return changes;
    }
 
-   void listArrives(RtExtCommClassificationList const* list) {
-      LiveList live{++arrivals_, {}, nullptr};
-      for (ExtComm::PtrConst const& comm : *list->commVectorRawPtr()) {
+   void listArrives(RtExtCommClassificationList const* key) {
+      U32 slot = static_cast<U32>(slots_.size());
+      if (freeSlots_.empty()) {
+         slots_.emplace_back();
+      } else {
+         slot = freeSlots_.back();
+         freeSlots_.pop_back();
+      }
+      LiveList& live = slots_[slot];
+      live = LiveList{key, ++arrivals_, {}, nullptr};
+      for (ExtComm::PtrConst const& comm : *key->commVectorRawPtr()) {
          live.routeTargets.push_back(comm->community());
       }
-      std::sort(live.routeTargets.begin(), live.routeTargets.end());
-      live.routeTargets.erase(std::unique(live.routeTargets.begin(), live.routeTargets.end()),
-                              live.routeTargets.end());
+      auto& rts = live.routeTargets;
+      std::sort(rts.begin(), rts.end());
+      rts.erase(std::unique(rts.begin(), rts.end()), rts.end());
       Peers peers;
-      for (U64 rt : live.routeTargets) {
+      for (U64 rt : rts) {
          Peers const more = peersWanting(rt);
          peers.insert(peers.end(), more.begin(), more.end());
-         byRouteTarget_[rt].push_back(list);
+         byRouteTarget_[rt].push_back(slot);
       }
       std::sort(peers.begin(), peers.end());
       peers.erase(std::unique(peers.begin(), peers.end()), peers.end());
-      if (!peers.empty()) {
-         live.wanting = std::make_shared<Peers const>(std::move(peers));
-      }
-      lists_.insert_or_assign(list, std::move(live));
+      live.wanting = peerSet(peers);
+      lists_.insert_or_assign(key, slot);
    }
 
-   void listLeaves(RtExtCommClassificationList const* list) {
-      auto const it = lists_.find(list);
+   void listLeaves(RtExtCommClassificationList const* key) {
+      auto const it = lists_.find(key);
       if (it == lists_.end()) {
          return;
       }
-      for (U64 rt : it->second.routeTargets) {
+      U32 const slot = it->second;
+      for (U64 rt : slots_[slot].routeTargets) {
          auto const at = byRouteTarget_.find(rt);
-         std::erase(at->second, list);
+         std::erase(at->second, slot);
          if (at->second.empty()) {
             byRouteTarget_.erase(at);
          }
       }
+      slots_[slot] = LiveList{};
+      freeSlots_.push_back(slot);
       lists_.erase(it);
    }
 
    LiveList const* live(RtExtCommClassificationList const* list) const {
       auto const it = lists_.find(list);
-      return it == lists_.end() ? nullptr : &it->second;
+      return it == lists_.end() ? nullptr : &slots_[it->second];
    }
 
    std::vector<Node> nodes_;
@@ -302,8 +355,15 @@ class RouteTargetMembershipIndex::Impl {
    std::size_t memberships_ = 0;
    U64 arrivals_ = 0; // the serial of the last list that came into use
    absl::flat_hash_map<Peer, std::vector<RouteTargetMembership>> byPeer_;
-   absl::flat_hash_map<RtExtCommClassificationList const*, LiveList> lists_;
-   absl::btree_map<U64, std::vector<RtExtCommClassificationList const*>> byRouteTarget_;
+   U64 rechecks_ = 0; // the number of the last recheck
+   // The live lists in slots (a free slot has a null list), found by list
+   // and by route target.
+   std::vector<LiveList> slots_;
+   std::vector<U32> freeSlots_;
+   absl::flat_hash_map<RtExtCommClassificationList const*, U32> lists_;
+   absl::btree_map<U64, std::vector<U32>> byRouteTarget_;
+   absl::flat_hash_map<Peers, std::weak_ptr<Peers const>> peerSets_;
+   std::size_t peerSetsSwept_ = 0; // entries left by the last sweep of the expired
 
  private:
    U32 newNode(U64 prefix, unsigned length) {
@@ -352,7 +412,7 @@ RouteTargetMembershipIndex::membershipIs(Peer peer, RouteTargetMembership const&
    if (!impl_->addMember(peer, membership)) {
       return {};
    }
-   return impl_->recheck(peer, membership.prefix());
+   return impl_->recheck(peer, membership.prefix(), true);
 }
 
 RouteTargetMembershipIndex::StatusChanges
@@ -361,7 +421,7 @@ RouteTargetMembershipIndex::membershipDel(Peer peer, RouteTargetMembership const
    if (!impl_->removeMember(peer, membership)) {
       return {};
    }
-   return impl_->recheck(peer, membership.prefix());
+   return impl_->recheck(peer, membership.prefix(), false);
 }
 
 RouteTargetMembershipIndex::StatusChanges RouteTargetMembershipIndex::peerDel(Peer peer) {
@@ -374,18 +434,8 @@ RouteTargetMembershipIndex::StatusChanges RouteTargetMembershipIndex::peerDel(Pe
    for (RouteTargetMembership const& m : mine) {
       impl_->removeMember(peer, m);
    }
-   // Every list the peer wanted is no longer wanted: those under its widest
-   // prefixes cover the rest.
-   StatusChanges changes;
-   for (auto& [key, list] : impl_->lists_) {
-      if (Impl::contains(list.wanting, peer)) {
-         Impl::wantingIs(list, peer, false);
-         changes.push_back({key, list.serial, peer, false});
-      }
-   }
-   std::sort(changes.begin(), changes.end(),
-             [](StatusChange const& a, StatusChange const& b) { return a.serial < b.serial; });
-   return changes;
+   // Every list it wanted is no longer wanted.
+   return impl_->recheck(peer, RouteTargetPrefix(), false);
 }
 
 bool RouteTargetMembershipIndex::wants(Peer peer, RtExtCommClassificationList const* list) const {

@@ -23,9 +23,10 @@
 /// through the table's NotifyingRtExtCommListCollection: when a list comes into
 /// use, the peers wanting it are worked out once and remembered with it
 /// until a membership change that touches one of its route targets
-/// updates them; when it goes out of use, all that is dropped and nothing is
-/// reported. A sorted index of the live lists' route targets finds the lists
-/// a membership prefix touches.
+/// updates them (lists wanted by the same peers share one peer set, so a change
+/// turning many lists works out each new set once); when it goes out of use,
+/// all that is dropped and nothing is reported. A sorted index of the live lists' route targets
+/// finds the lists a membership prefix touches.
 ///
 /// Threads: the lookups (wants, peersWanting) may run on several threads at
 /// once, beside lists coming into and going out of use on the interning
@@ -75,7 +76,7 @@ class QORBGP_EXPORT RouteTargetMembershipIndex
    ~RouteTargetMembershipIndex() override;
 
    /// Adds `membership` for `peer` (nothing when the peer has it already) and
-   /// returns the live lists the peer newly wants, ascending by serial.
+   /// returns the live lists the peer newly wants, in no particular order.
    StatusChanges membershipIs(Peer peer, RouteTargetMembership const& membership);
    /// Removes it (nothing when the peer does not have it) and returns the
    /// live lists the peer no longer wants.

@@ -11,6 +11,7 @@
 #include "workload/FloorTables.h"
 #include "workload/Measure.h"
 #include "workload/PolicyBench.h"
+#include "workload/RouteTargetBench.h"
 #include "workload/Workload.h"
 
 #include "QorBgpCommunity/QorBgp/QorBgpCommunityDecode.h"
@@ -500,6 +501,7 @@ int main(int argc, char** argv) {
    unit(benchmark::RegisterBenchmark("TwoThreads", BM_TwoThreads));
    unit(benchmark::RegisterBenchmark("TableSize", BM_TableSize));
    bench::registerPolicyBenchmarks(workload);
+   bench::registerRouteTargetBenchmarks();
    benchmark::RunSpecifiedBenchmarks();
    benchmark::Shutdown();
    return 0;
