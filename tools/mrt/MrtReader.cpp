@@ -28,6 +28,7 @@ constexpr std::size_t kRouteDistinguisherBytes = 8;
 constexpr unsigned kLabelBits = 24;
 constexpr unsigned kRouteDistinguisherBits = 64;
 constexpr U8 kBottomOfStack = 0x01; // in a label's third octet
+constexpr unsigned kRouteTargetConstraintBits = 96;
 // Record blocks kept for reuse once no path refers to them any more: the
 // current record's, the one the caller's last path holds, and one that a
 // caller caching the last decoded block holds.
@@ -37,7 +38,7 @@ enum class Outcome { used, ignored, damaged };
 
 // How the NLRI of a SAFI encodes its route: a prefix (with labels and a
 // route distinguisher in front for some), or a structure shown in hex.
-enum class NlriForm { plain, labeled, vpn, evpn, flowspec };
+enum class NlriForm { plain, labeled, vpn, evpn, flowspec, routeTargetConstraint };
 
 std::optional<Family> familyOfAfi(U16 afi) {
    if (afi == detail::kAfiIpv4) {
@@ -62,6 +63,8 @@ std::optional<NlriForm> nlriForm(U8 safi) {
    case detail::kSafiVpn:
    case detail::kSafiVpnMulticast:
       return NlriForm::vpn;
+   case detail::kSafiRouteTargetConstraint:
+      return NlriForm::routeTargetConstraint;
    default:
       return std::nullopt;
    }
@@ -195,6 +198,18 @@ bool readNlri(SpanReader& r, Family family, NlriForm form, bool addPath, Route& 
       error = cat("NLRI of ", bits, " bits runs past its data");
       return false;
    }
+   if (form == NlriForm::routeTargetConstraint) {
+      // Origin AS and route-target prefix, up to 96 bits; the membership
+      // itself is for the caller to decode.
+      if (bits > kRouteTargetConstraintBits) {
+         error = cat("route-target membership of ", bits, " bits, over 96");
+         return false;
+      }
+      route.structured = "rtc:";
+      appendHex(route.structured, std::array<U8, 1>{static_cast<U8>(bits)});
+      appendHex(route.structured, field.rest());
+      return true;
+   }
    auto takeBits = [&bits](unsigned n) {
       if (bits < n) {
          return false;
@@ -262,6 +277,9 @@ std::string familyName(U16 afi, U8 safi) {
       break;
    case detail::kSafiFlowspecVpn:
       kind = "vpn flowspec";
+      break;
+   case detail::kSafiRouteTargetConstraint:
+      kind = "route-target constraint";
       break;
    default:
       break;

@@ -88,9 +88,10 @@ struct Route {
    detail::Prefix prefix; // the IP prefix; unused for EVPN and flowspec routes
    // Set for VPN routes: the route distinguisher in front of the prefix.
    std::optional<std::array<U8, 8>> distinguisher;
-   // EVPN and flowspec routes, given by their NLRI in hex (rare enough to
-   // format when read): "evpn:<route type>:<hex of the route>",
-   // "flowspec:<hex of the components>". Empty for IP routes.
+   // EVPN, flowspec and route-target constraint routes, given by their NLRI
+   // in hex (rare enough to format when read): "evpn:<route type>:<hex of the
+   // route>", "flowspec:<hex of the components>", "rtc:<hex of the length
+   // octet and the membership>". Empty for IP routes.
    std::string structured;
 
    // "192.0.2.0/24", "2001:db8::/32"; VPN routes with their route
@@ -118,7 +119,7 @@ struct Path {
    U16 recordType = 13;
    // The route's address family: AFI 1 IPv4, 2 IPv6, 25 L2VPN; SAFI 1
    // unicast, 2 multicast, 4 labeled, 70 EVPN, 128 VPN, 129 VPN multicast,
-   // 133 flowspec, 134 VPN flowspec.
+   // 132 route-target constraint, 133 flowspec, 134 VPN flowspec.
    U16 afi = 1;
    U8 safi = 1;
    // Whether AS_PATH holds 4-octet AS numbers; 2-octet ones come from

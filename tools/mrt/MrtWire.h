@@ -86,6 +86,7 @@ inline constexpr U8 kSafiMulticast = 2;
 inline constexpr U8 kSafiLabeled = 4;
 inline constexpr U8 kSafiVpn = 128;
 inline constexpr U8 kSafiVpnMulticast = 129;
+inline constexpr U8 kSafiRouteTargetConstraint = 132;
 inline constexpr U16 kAfiL2vpn = 25;
 inline constexpr U8 kSafiEvpn = 70;
 inline constexpr U8 kSafiFlowspec = 133;

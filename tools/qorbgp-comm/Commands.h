@@ -58,6 +58,13 @@ struct ApplyOptions {
 };
 int runApply(ApplyOptions const& options);
 
+struct RtcOptions {
+   std::string memberships; // a file of "<peer> <membership>" lines
+   std::vector<std::string> files;
+   bool json = false;
+};
+int runRtc(RtcOptions const& options);
+
 struct DecodeOptions {
    std::string hex;
    bool json = false;
@@ -77,6 +84,9 @@ struct SynthOptions {
    unsigned lists = 5000;
    unsigned peers = 16;
    unsigned seed = 1;
+   // VPN routes with route targets after the RIB, and route-target
+   // memberships from every peer when not 0 (BGP4MP updates).
+   unsigned long vpnPaths = 0;
 };
 int runSynth(SynthOptions const& options);
 

@@ -1,6 +1,7 @@
 // qorbgp-comm: the community library at work on BGP data — statistics, show,
-// route-map matching and community policy over MRT dumps, one attribute between wire hex and
-// text, and a synthetic RIB dump to try it all with no outside data.
+// route-map matching, community policy and route-target constraint over MRT
+// dumps, one attribute between wire hex and text, and a synthetic RIB dump to
+// try it all with no outside data.
 #include "Commands.h"
 
 #include "QorBgpCommunity/QorBgpVersion.h"
@@ -128,6 +129,21 @@ int main(int argc, char** argv) {
                             "Our AS number, for local-as in the policy (default 0)");
    applyCommand->add_flag("--json", apply.json, "Machine-readable report");
 
+   RtcOptions rtc;
+   auto* rtcCommand = app.add_subcommand(
+      "rtc", "Route-target constraint: per peer, the paths and distinct route-target lists of "
+             "the MRT files it would receive, given its memberships");
+   rtcCommand
+      ->add_option("MEMBERSHIPS", rtc.memberships,
+                   "A file of memberships, one per line: '<peer> <origin AS> <route-target "
+                   "prefix>' (e.g. 'pe1 65000 65000:100/64') or '<peer> default'; memberships "
+                   "the files carry (AFI 1, SAFI 132) are added, their peer named by address")
+      ->required();
+   rtcCommand
+      ->add_option("FILE", rtc.files, "MRT files, read one after the other (- for standard input)")
+      ->required();
+   rtcCommand->add_flag("--json", rtc.json, "Machine-readable report");
+
    DecodeOptions decode;
    auto* decodeCommand = app.add_subcommand(
       "decode", "Decode one community attribute (flags, type, length, value) from hex");
@@ -167,6 +183,11 @@ int main(int argc, char** argv) {
       ->capture_default_str()
       ->check(CLI::Range(1u, 65535u));
    synthCommand->add_option("--seed", synth.seed, "Random seed")->capture_default_str();
+   synthCommand
+      ->add_option("--vpn", synth.vpnPaths,
+                   "Also this many VPN routes with route targets, and route-target memberships "
+                   "from every peer (BGP4MP updates after the RIB), to try rtc")
+      ->check(CLI::Range(0ul, 65536ul));
 
    // CLI11 would only say that a subcommand is required.
    if (argc > 1 && argv[1][0] != '-' &&
@@ -200,6 +221,9 @@ int main(int argc, char** argv) {
       }
       if (*applyCommand) {
          return runApply(apply);
+      }
+      if (*rtcCommand) {
+         return runRtc(rtc);
       }
       if (*decodeCommand) {
          return runDecode(decode);

@@ -7,6 +7,8 @@
 
 #include "tools/mrt/MrtWriter.h"
 
+#include "QorBgpCommunity/QorBgp/RouteTargetMembership.h"
+
 #include <cmath>
 #include <iostream>
 #include <random>
@@ -87,6 +89,77 @@ std::size_t skewed(std::size_t poolSize, std::mt19937& random) {
    return std::min(poolSize - 1, static_cast<std::size_t>(poolSize * std::pow(u, 3.0)));
 }
 
+// An MP_REACH_NLRI attribute of AFI 1 and `safi`, next hop `nextHop`.
+Attribute mpReach(U8 safi, std::vector<U8> const& nextHop, std::vector<U8> const& nlri) {
+   std::vector<U8> value{0, 1, safi, static_cast<U8>(nextHop.size())};
+   value.insert(value.end(), nextHop.begin(), nextHop.end());
+   value.push_back(0); // reserved
+   value.insert(value.end(), nlri.begin(), nlri.end());
+   return {0x80, 14, value};
+}
+
+// The route target 65000:`local` in wire order.
+std::vector<U8> routeTarget(U32 local) {
+   std::vector<U8> value{0x00, 0x02, 0xfd, 0xe8};
+   putU32(value, local);
+   return value;
+}
+
+// VPN routes and route-target memberships, as BGP4MP updates from the dump's
+// peers: each peer asks for five route targets of its own, peer 0 for every
+// route target (the default membership) and peer 1 for every one of AS 65000
+// (a /48 prefix); `count` VPN routes carry one to three of 200 route targets.
+void writeVpn(mrt::MrtWriter& writer, std::vector<mrt::Peer> const& peers, unsigned long count,
+              U32 timestamp, std::mt19937& random) {
+   using Routing::Bgp::RouteTarget;
+   using Routing::Bgp::RouteTargetMembership;
+   using Routing::Bgp::RouteTargetPrefix;
+   auto update = [&](mrt::Peer const& peer, std::vector<Attribute> attributes) {
+      mrt::Bgp4mpUpdate u;
+      u.timestamp = timestamp;
+      u.peerAs = peer.as;
+      u.localAs = 65000;
+      u.peerAddress = peer.address;
+      u.localAddress = "10.0.255.254";
+      std::vector<U8> asPath{2, 1};
+      putU32(asPath, peer.as);
+      u.attributes = {{transitiveFlags, 1, {0}}, {transitiveFlags, 2, asPath}};
+      u.attributes.insert(u.attributes.end(), attributes.begin(), attributes.end());
+      writer.bgp4mpUpdate(u);
+   };
+   for (std::size_t p = 0; p < peers.size(); ++p) {
+      std::vector<RouteTargetMembership> memberships;
+      if (p == 0) {
+         memberships.emplace_back();
+      } else if (p == 1) {
+         memberships.emplace_back(65000, RouteTargetPrefix(RouteTarget::twoOctetAs(65000, 0), 48));
+      }
+      for (U32 j = 0; j < 5; ++j) {
+         memberships.emplace_back(
+            65000, RouteTargetPrefix(RouteTarget::twoOctetAs(65000, U32(p * 5 + j) % 200), 64));
+      }
+      std::string const nlri = Routing::Bgp::encodeRouteTargetMemberships(memberships);
+      std::vector<U8> nextHop;
+      putU32(nextHop, peers[p].bgpId);
+      update(peers[p], {mpReach(132, nextHop, {nlri.begin(), nlri.end()})});
+   }
+   for (unsigned long i = 0; i < count; ++i) {
+      std::size_t const p = i % peers.size();
+      // Label 16 (bottom of stack), route distinguisher 65000:<peer>, 10.x.y.0/24.
+      std::vector<U8> nlri{24 + 64 + 24, 0x00, 0x01, 0x01, 0, 0, 0xfd, 0xe8};
+      putU32(nlri, static_cast<U32>(p));
+      nlri.insert(nlri.end(), {10, static_cast<U8>(i >> 8), static_cast<U8>(i)});
+      std::vector<U8> nextHop(8, 0); // route distinguisher 0, then the address
+      putU32(nextHop, peers[p].bgpId);
+      std::vector<U8> targets;
+      for (U32 n = 1 + random() % 3; n > 0; --n) {
+         auto const rt = routeTarget(random() % 200);
+         targets.insert(targets.end(), rt.begin(), rt.end());
+      }
+      update(peers[p], {mpReach(128, nextHop, nlri), {optionalTransitiveFlags, 16, targets}});
+   }
+}
+
 } // namespace
 
 int runSynth(SynthOptions const& options) {
@@ -145,6 +218,9 @@ int runSynth(SynthOptions const& options) {
          entries.push_back(std::move(entry));
       }
       writer->ribEntry(timestamp, sequence, prefix, entries);
+   }
+   if (options.vpnPaths > 0) {
+      writeVpn(*writer, peers, options.vpnPaths, timestamp, random);
    }
    if (!writer->close(&error)) {
       std::cerr << "qorbgp-comm synth: " << error << '\n';
