@@ -345,7 +345,8 @@ class RouteTargetMembershipIndex::Impl {
       lists_.erase(it);
    }
 
-   LiveList const* live(RtExtCommClassificationList const* list) const {
+   // By address alone: a list of any kind, or of no table, is simply not found.
+   LiveList const* live(void const* list) const {
       auto const it = lists_.find(list);
       return it == lists_.end() ? nullptr : &slots_[it->second];
    }
@@ -360,7 +361,7 @@ class RouteTargetMembershipIndex::Impl {
    // and by route target.
    std::vector<LiveList> slots_;
    std::vector<U32> freeSlots_;
-   absl::flat_hash_map<RtExtCommClassificationList const*, U32> lists_;
+   absl::flat_hash_map<void const*, U32> lists_;
    absl::btree_map<U64, std::vector<U32>> byRouteTarget_;
    absl::flat_hash_map<Peers, std::weak_ptr<Peers const>> peerSets_;
    std::size_t peerSetsSwept_ = 0; // entries left by the last sweep of the expired
@@ -445,8 +446,9 @@ bool RouteTargetMembershipIndex::wants(Peer peer, RtExtCommClassificationList co
 }
 
 bool RouteTargetMembershipIndex::wants(Peer peer, ExtCommList const& list) const {
-   return wants(peer, static_cast<RtExtCommClassificationList const*>(
-                         list.classificationList(extCommClassificationRouteTarget).get()));
+   std::shared_lock lock(mutex_);
+   auto const* live = impl_->live(list.classificationList(extCommClassificationRouteTarget).get());
+   return live && Impl::contains(live->wanting, peer);
 }
 
 std::shared_ptr<RouteTargetMembershipIndex::Peers const>
@@ -458,8 +460,9 @@ RouteTargetMembershipIndex::peersWanting(RtExtCommClassificationList const* list
 
 std::shared_ptr<RouteTargetMembershipIndex::Peers const>
 RouteTargetMembershipIndex::peersWanting(ExtCommList const& list) const {
-   return peersWanting(static_cast<RtExtCommClassificationList const*>(
-      list.classificationList(extCommClassificationRouteTarget).get()));
+   std::shared_lock lock(mutex_);
+   auto const* live = impl_->live(list.classificationList(extCommClassificationRouteTarget).get());
+   return live ? live->wanting : nullptr;
 }
 
 RouteTargetMembershipIndex::Peers RouteTargetMembershipIndex::peersWanting(RouteTarget rt) const {

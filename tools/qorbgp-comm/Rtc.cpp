@@ -87,7 +87,7 @@ int runRtc(RtcOptions const& options) {
       return usageErrorStatus;
    }
    // Every path's route-target list, counted; memberships from the dumps.
-   absl::flat_hash_map<RtExtCommClassificationList const*, Received> received;
+   absl::flat_hash_map<ExtCommClassificationList const*, Received> received;
    U64 paths = 0, withRouteTargets = 0, membershipRoutes = 0;
    bool whole = true;
    for (std::string const& file : options.files) {
@@ -115,10 +115,8 @@ int runRtc(RtcOptions const& options) {
             continue;
          }
          ExtCommList::PtrConst const& list = decoder.lists(path).extended;
-         auto const* targets =
-            list ? static_cast<RtExtCommClassificationList const*>(
-                      list->classificationList(extCommClassificationRouteTarget).get())
-                 : nullptr;
+         ExtCommClassificationList const* targets =
+            list ? list->classificationList(extCommClassificationRouteTarget).get() : nullptr;
          if (targets) {
             Received& r = received[targets];
             r.list = r.list ? r.list : list;
@@ -131,8 +129,9 @@ int runRtc(RtcOptions const& options) {
 
    // Each distinct list asked about once.
    std::vector<U64> peerPaths(peers.names.size()), peerLists(peers.names.size());
-   for (auto const& [targets, r] : received) {
-      if (auto const wanting = index->peersWanting(targets)) {
+   for (auto const& entry : received) {
+      Received const& r = entry.second;
+      if (auto const wanting = index->peersWanting(*r.list)) {
          for (auto const peer : *wanting) {
             peerPaths[peer] += r.paths;
             ++peerLists[peer];
