@@ -382,17 +382,28 @@ class RouteTargetMembershipIndex::Impl {
    }
 };
 
-RouteTargetMembershipIndex::RouteTargetMembershipIndex(ExtCommListDedupTable::Ptr table)
-    : table_(std::move(table)), impl_(std::make_unique<Impl>()) {
-   if (!table_) {
+namespace {
+
+NotifyingRtExtCommListCollection::Ptr collectionOf(ExtCommListDedupTable const* table) {
+   if (!table) {
       throw Kiv::NullArgumentError("RouteTargetMembershipIndex: null table");
    }
-   auto const& collection = table_->notifyingRtExtCommListCollection();
+   if (!table->notifyingRtExtCommListCollection()) {
+      throw Kiv::NullArgumentError(
+         "RouteTargetMembershipIndex: the table follows no route-target lists");
+   }
+   return table->notifyingRtExtCommListCollection();
+}
+
+} // namespace
+
+RouteTargetMembershipIndex::RouteTargetMembershipIndex(ExtCommListDedupTable::Ptr table)
+    : collection_(collectionOf(table.get())), impl_(std::make_unique<Impl>()) {
    std::unique_lock lock(mutex_);
-   for (auto const& notifier : collection->rtExtCommLists()) {
+   for (auto const& notifier : collection_->rtExtCommLists()) {
       impl_->listArrives(notifier->rtExtCommListRawPtr());
    }
-   notifierIs(collection.get());
+   notifierIs(collection_.get());
 }
 
 RouteTargetMembershipIndex::~RouteTargetMembershipIndex() { notifierIs(nullptr); }
@@ -400,7 +411,7 @@ RouteTargetMembershipIndex::~RouteTargetMembershipIndex() { notifierIs(nullptr);
 void RouteTargetMembershipIndex::onRtExtCommList(
    RtExtCommListLifeTimeNotifier::PtrConst const& notifier) {
    std::unique_lock lock(mutex_);
-   if (table_->notifyingRtExtCommListCollection()->rtExtCommLists().contains(notifier)) {
+   if (collection_->rtExtCommLists().contains(notifier)) {
       impl_->listArrives(notifier->rtExtCommListRawPtr());
    } else {
       impl_->listLeaves(notifier->rtExtCommListRawPtr());

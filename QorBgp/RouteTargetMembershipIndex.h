@@ -70,8 +70,10 @@ class QORBGP_EXPORT RouteTargetMembershipIndex
    using StatusChanges = std::vector<StatusChange>;
 
    /// Follows the route-target lists of `table` (every list already live,
-   /// then each coming or going). Kiv::NullArgumentError
-   /// "RouteTargetMembershipIndex: null table" for null.
+   /// then each coming or going) through its route-target list collection.
+   /// Kiv::NullArgumentError "RouteTargetMembershipIndex: null table" for
+   /// null, "RouteTargetMembershipIndex: the table follows no route-target
+   /// lists" for a table without that collection.
    explicit RouteTargetMembershipIndex(ExtCommListDedupTable::Ptr table);
    ~RouteTargetMembershipIndex() override;
 
@@ -106,7 +108,7 @@ class QORBGP_EXPORT RouteTargetMembershipIndex
    class Impl;
    void onRtExtCommList(RtExtCommListLifeTimeNotifier::PtrConst const& notifier) override;
 
-   ExtCommListDedupTable::Ptr const table_;
+   NotifyingRtExtCommListCollection::Ptr const collection_; ///< the table's, at construction
    std::unique_ptr<Impl> const impl_;
    mutable std::shared_mutex mutex_;
 };
