@@ -232,9 +232,9 @@ class MrtReader {
    // the input (and on every call after it), leaving `path` unchanged.
    [[nodiscard]] bool next(Path& path);
 
-   // Reads the next whole record into `record` (paths of a record partly
-   // handed out by next() are not given again) and returns true; false at
-   // the end of the input. Bytes skipped after a damaged header belong to
+   // Reads the next whole record into `record` and returns true; false at
+   // the end of the input. Paths of the current record that next() has not
+   // handed out yet are skipped: use one of the two for a whole file. Bytes skipped after a damaged header belong to
    // no record; report() counts them.
    [[nodiscard]] bool nextRecord(RecordView& record);
 
