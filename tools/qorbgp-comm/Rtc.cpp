@@ -102,8 +102,8 @@ int runRtc(RtcOptions const& options) {
       PathListsDecoder decoder(*tables);
       mrt::Path path;
       while (reader->next(path)) {
-         if ((++paths & 0xffff) == 0) {
-            progress.update(reader->bytesConsumed(), paths);
+         if (((paths + membershipRoutes) & 0xffff) == 0) {
+            progress.update(reader->bytesConsumed(), paths + membershipRoutes);
          }
          if (path.route.structured.starts_with("rtc:")) {
             auto const nlri = parseHex(std::string_view(path.route.structured).substr(4));
@@ -111,9 +111,15 @@ int runRtc(RtcOptions const& options) {
             for (auto const& m : decoded.memberships) {
                index->membershipIs(peers.key(path.peerText()), m);
             }
+            if (!decoded.ok()) {
+               std::cerr << "qorbgp-comm rtc: " << file << ": from " << path.peerText() << ": "
+                         << decoded.reason << '\n';
+               whole = false;
+            }
             ++membershipRoutes;
             continue;
          }
+         ++paths;
          ExtCommList::PtrConst const& list = decoder.lists(path).extended;
          ExtCommClassificationList const* targets =
             list ? list->classificationList(extCommClassificationRouteTarget).get() : nullptr;
