@@ -114,14 +114,27 @@ void mrtSeeds(Lists const& lists) {
    for (File const& f : {File{"rib", Compression::none}, File{"rib-gz", Compression::gzip},
                          File{"rib-bz2", Compression::bzip2}, File{"rib-xz", Compression::xz},
                          File{"rib-zst", Compression::zstd}, File{"updates", Compression::none},
-                         File{"updates-many", Compression::none}}) {
+                         File{"updates-many", Compression::none},
+                         File{"updates-rtc", Compression::none}}) {
       std::string error;
       fs::remove(scratch);
       auto writer = MrtWriter::create(scratch, f.compression, &error);
       if (!writer) {
          throw std::runtime_error(error);
       }
-      if (f.name == "updates-many") {
+      if (f.name == "updates-rtc") {
+         // Route-target memberships (AFI 1, SAFI 132) in MP_REACH_NLRI: the
+         // default, then 65000 65000:100/64.
+         std::vector<U8> reach{0, 1, 132, 4, 192, 0, 2, 1, 0, 0};
+         for (U8 octet : {96, 0, 0, 0xfd, 0xe8, 0, 2, 0xfd, 0xe8, 0, 0, 0, 100}) {
+            reach.push_back(octet);
+         }
+         std::vector<Attribute> withReach = attributes;
+         withReach.push_back({0x80, 14, reach});
+         writer->bgp4mpUpdate({.timestamp = 2003, .peerAs = 64501, .localAs = 64502,
+                               .peerAddress = "192.0.2.1", .localAddress = "192.0.2.2",
+                               .attributes = withReach});
+      } else if (f.name == "updates-many") {
          // One message announcing many prefixes with many attributes: the
          // shape of a record whose paths must share their attributes.
          std::vector<Attribute> many = attributes;
