@@ -32,13 +32,50 @@ auto& listOf(Lists& lists) {
    }
 }
 
-CommunityKind kindNamed(std::string_view name) {
-   auto const kind = communityKindNamed(name);
-   if (!kind) {
-      throw Kiv::RangeError("at 1: expected 'standard', 'large', 'extended' or 'ipv6', found '" +
-                            std::string(name) + "'");
+// f.template operator()<Matcher>() for the matcher of the kind named `name`
+// ("standard", "large", "extended", "ipv6").
+template <class F>
+auto withMatcherOf(std::string_view name, F f) {
+   if (auto const kind = communityKindNamed(name)) {
+      switch (*kind) {
+      case CommunityKind::standard:
+         return f.template operator()<StandardCommunityMatcher>();
+      case CommunityKind::large:
+         return f.template operator()<LargeCommunityMatcher>();
+      case CommunityKind::extended:
+         return f.template operator()<ExtCommunityMatcher>();
+      case CommunityKind::ip6:
+         return f.template operator()<ExtCommIp6Matcher>();
+      }
    }
-   return *kind;
+   throw Kiv::RangeError("at 1: expected 'standard', 'large', 'extended' or 'ipv6', found '" +
+                         std::string(name) + "'");
+}
+
+// The library's parsers by matcher kind.
+template <class Matcher>
+auto parsedSet(std::string_view text) {
+   if constexpr (std::is_same_v<Matcher, StandardCommunityMatcher>) {
+      return parseStandardCommunitySet(text);
+   } else if constexpr (std::is_same_v<Matcher, LargeCommunityMatcher>) {
+      return parseLargeCommunitySet(text);
+   } else if constexpr (std::is_same_v<Matcher, ExtCommunityMatcher>) {
+      return parseExtCommunitySet(text);
+   } else {
+      return parseExtCommIp6Set(text);
+   }
+}
+template <class Matcher>
+auto parsedEdit(std::string_view text) {
+   if constexpr (std::is_same_v<Matcher, StandardCommunityMatcher>) {
+      return parseStandardCommunityEdit(text);
+   } else if constexpr (std::is_same_v<Matcher, LargeCommunityMatcher>) {
+      return parseLargeCommunityEdit(text);
+   } else if constexpr (std::is_same_v<Matcher, ExtCommunityMatcher>) {
+      return parseExtCommunityEdit(text);
+   } else {
+      return parseExtCommIp6Edit(text);
+   }
 }
 
 // The memo of type `T` in `memo`, made by `make` when there is none yet.
@@ -98,73 +135,44 @@ void CommunityPolicy::addStep(Action action, std::string_view text, bool conditi
 }
 
 void CommunityPolicy::addMatch(std::string_view kind, std::string_view set) {
-   Action action;
    constexpr std::string_view listRegex = "list-regex";
-   if (set.starts_with(listRegex) &&
-       (set.size() == listRegex.size() || set[listRegex.size()] == ' ')) {
-      std::string_view pattern = set.substr(listRegex.size());
-      pattern.remove_prefix(std::min(pattern.find_first_not_of(' '), pattern.size()));
-      if (pattern.empty()) {
-         throw Kiv::RangeError("at " + std::to_string(set.size() + 1) +
-                               ": expected a regular expression, found end of text");
-      }
-      auto compiled = PosixRegex::compile(PosixRegex::withDelimiters(pattern));
-      if (!compiled) {
-         throw Kiv::RangeError("at " + std::to_string(set.size() - pattern.size() + 1) + ": " +
-                               compiled.error);
-      }
-      auto memo = std::make_shared<RouteMapMatchMemo const>(compiled.regex);
-      switch (kindNamed(kind)) {
-      case CommunityKind::standard:
-         action = ListRegex<StandardCommunityMatcher>{compiled.regex, memo};
-         break;
-      case CommunityKind::large:
-         action = ListRegex<LargeCommunityMatcher>{compiled.regex, memo};
-         break;
-      case CommunityKind::extended:
-         action = ListRegex<ExtCommunityMatcher>{compiled.regex, memo};
-         break;
-      case CommunityKind::ip6:
-         action = ListRegex<ExtCommIp6Matcher>{compiled.regex, nullptr};
-         break;
-      }
-      addStep(std::move(action), "", true);
+   if (!set.starts_with(listRegex) ||
+       (set.size() != listRegex.size() && set[listRegex.size()] != ' ')) {
+      addStep(withMatcherOf(kind,
+                            [&]<class Matcher>() -> Action {
+                               return Condition<Matcher>{parsedSet<Matcher>(set)};
+                            }),
+              set, true);
       return;
    }
-   switch (kindNamed(kind)) {
-   case CommunityKind::standard:
-      action = Condition<StandardCommunityMatcher>{parseStandardCommunitySet(set)};
-      break;
-   case CommunityKind::large:
-      action = Condition<LargeCommunityMatcher>{parseLargeCommunitySet(set)};
-      break;
-   case CommunityKind::extended:
-      action = Condition<ExtCommunityMatcher>{parseExtCommunitySet(set)};
-      break;
-   case CommunityKind::ip6:
-      action = Condition<ExtCommIp6Matcher>{parseExtCommIp6Set(set)};
-      break;
+   std::string_view pattern = set.substr(listRegex.size());
+   pattern.remove_prefix(std::min(pattern.find_first_not_of(' '), pattern.size()));
+   if (pattern.empty()) {
+      throw Kiv::RangeError("at " + std::to_string(set.size() + 1) +
+                            ": expected a regular expression, found end of text");
    }
-   addStep(std::move(action), set, true);
+   auto compiled = PosixRegex::compile(PosixRegex::withDelimiters(pattern));
+   if (!compiled) {
+      throw Kiv::RangeError("at " + std::to_string(set.size() - pattern.size() + 1) + ": " +
+                            compiled.error);
+   }
+   addStep(withMatcherOf(kind,
+                         [&]<class Matcher>() -> Action {
+                            // IPv6 lists have no memo: their text is matched each time.
+                            std::shared_ptr<RouteMapMatchMemo const> memo;
+                            if constexpr (!std::is_same_v<Matcher, ExtCommIp6Matcher>) {
+                               memo = std::make_shared<RouteMapMatchMemo const>(compiled.regex);
+                            }
+                            return ListRegex<Matcher>{compiled.regex, memo};
+                         }),
+           "", true);
 }
 
 void CommunityPolicy::addEdit(std::string_view kind, std::string_view edit) {
-   Action action;
-   switch (kindNamed(kind)) {
-   case CommunityKind::standard:
-      action = Edit<StandardCommunityMatcher>{parseStandardCommunityEdit(edit)};
-      break;
-   case CommunityKind::large:
-      action = Edit<LargeCommunityMatcher>{parseLargeCommunityEdit(edit)};
-      break;
-   case CommunityKind::extended:
-      action = Edit<ExtCommunityMatcher>{parseExtCommunityEdit(edit)};
-      break;
-   case CommunityKind::ip6:
-      action = Edit<ExtCommIp6Matcher>{parseExtCommIp6Edit(edit)};
-      break;
-   }
-   addStep(std::move(action), edit, false);
+   addStep(
+      withMatcherOf(
+         kind, [&]<class Matcher>() -> Action { return Edit<Matcher>{parsedEdit<Matcher>(edit)}; }),
+      edit, false);
 }
 
 std::vector<CommunityPolicy::Memo>& CommunityPolicy::memosOf(U32 peerAs) {
@@ -298,9 +306,7 @@ std::optional<CommunityPolicy> CommunityPolicy::parse(std::string_view text,
          std::size_t const kindColumn = column;
          column += kind.size();
          std::size_t const rest = std::min(line.find_first_not_of(" \t", column), line.size());
-         try {
-            kindNamed(kind);
-         } catch (Kiv::RangeError const&) {
+         if (!communityKindNamed(kind)) {
             fail(kindColumn, "expected 'standard', 'large', 'extended' or 'ipv6', found " +
                                 (kind.empty() ? "end of line" : "'" + std::string(kind) + "'"));
             return std::nullopt;
