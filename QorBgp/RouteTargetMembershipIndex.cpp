@@ -446,8 +446,14 @@ RouteTargetMembershipIndex::StatusChanges RouteTargetMembershipIndex::peerDel(Pe
    for (RouteTargetMembership const& m : mine) {
       impl_->removeMember(peer, m);
    }
-   // Every list it wanted is no longer wanted.
-   return impl_->recheck(peer, RouteTargetPrefix(), false);
+   // The lists it wanted are those under its memberships; each is reported
+   // once (under a second membership it is wanted no more already).
+   StatusChanges changes;
+   for (RouteTargetMembership const& m : mine) {
+      StatusChanges const more = impl_->recheck(peer, m.prefix(), false);
+      changes.insert(changes.end(), more.begin(), more.end());
+   }
+   return changes;
 }
 
 bool RouteTargetMembershipIndex::wants(Peer peer, RtExtCommClassificationList const* list) const {
