@@ -231,8 +231,12 @@ int runMatch(MatchOptions const& options) {
    U64 matches = 0;
    bool const whole = forEachPath(
       files, "match", *filter, *tables, [&](mrt::Path const& path, PathLists const& lists) {
-         PathLists judged = lists;
-         if (regexMatches(lists) && (hasRegex || conditions.run(judged, path.peerAs, 1).matched)) {
+         // The conditions' rule has no edit: it judges a copy and changes nothing.
+         auto const conditionsHold = [&] {
+            PathLists judged = lists;
+            return conditions.run(judged, path.peerAs, 1).matched;
+         };
+         if (regexMatches(lists) && (hasRegex || conditionsHold())) {
             ++matches;
             if (options.json) {
                std::cout << jsonText(pathJson(path, lists, false)) << '\n';

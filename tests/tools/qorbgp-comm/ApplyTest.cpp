@@ -6,9 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
 #include <fstream>
-#include <memory>
 #include <set>
 #include <sstream>
 #include <string>
@@ -20,15 +18,6 @@ namespace mrt = QorBgpTools::mrt;
 
 using QorBgpCommApply = ToolTest;
 
-std::vector<std::string> split(std::string const& text, char separator) {
-   std::vector<std::string> parts;
-   std::stringstream in(text);
-   for (std::string part; std::getline(in, part, separator);) {
-      parts.push_back(part);
-   }
-   return parts;
-}
-
 // A bgpdump -m line's communities after "delete peer-as:*" and "add
 // 65000:100": the words of field 11, those of the peer's AS (field 4) left out.
 std::set<std::string> edited(std::vector<std::string> const& fields) {
@@ -38,18 +27,6 @@ std::set<std::string> edited(std::vector<std::string> const& fields) {
       if (!word.starts_with(fields[4] + ":")) {
          out.insert(word);
       }
-   }
-   return out;
-}
-
-// What `bgpdump -m file` prints.
-std::string bgpdump(std::string const& file) {
-   std::unique_ptr<FILE, int (*)(FILE*)> pipe(
-      ::popen(("bgpdump -m " + file + " 2>/dev/null").c_str(), "r"), ::pclose);
-   std::string out;
-   char buffer[4096];
-   while (std::size_t n = pipe ? std::fread(buffer, 1, sizeof buffer, pipe.get()) : 0) {
-      out.append(buffer, n);
    }
    return out;
 }
@@ -90,8 +67,8 @@ TEST_F(QorBgpCommApply, BgpdumpReadsTheEditedDumpAsTheInputWithTheEdits) {
       nlohmann::json const report = nlohmann::json::parse(applied.out);
       EXPECT_EQ(report["rules"][1]["matched"], report["paths"]); // tag holds for every path
 
-      auto const before = split(bgpdump(input), '\n');
-      auto const after = split(bgpdump(output), '\n');
+      auto const before = split(commandOutput("bgpdump -m " + input + " 2>/dev/null"), '\n');
+      auto const after = split(commandOutput("bgpdump -m " + output + " 2>/dev/null"), '\n');
       ASSERT_EQ(after.size(), before.size());
       ASSERT_GT(before.size(), 100u);
       std::size_t announcements = 0;

@@ -2,6 +2,8 @@
 // both must see the same standard and large communities on every path, in
 // the same order of paths. bgpdump -m prints standard communities but not
 // large ones, so those are taken from its verbose form.
+#include "ToolTest.h"
+
 #include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
@@ -35,26 +37,6 @@ std::ostream& operator<<(std::ostream& os, PathCommunities const& p) {
    return os << " ]";
 }
 
-std::string run(std::string const& command) {
-   std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
-   std::string out;
-   char buffer[4096];
-   std::size_t n;
-   while (pipe && (n = std::fread(buffer, 1, sizeof buffer, pipe.get())) > 0) {
-      out.append(buffer, n);
-   }
-   return out;
-}
-
-std::vector<std::string> split(std::string const& text, char separator) {
-   std::vector<std::string> parts;
-   std::stringstream in(text);
-   for (std::string part; std::getline(in, part, separator);) {
-      parts.push_back(part);
-   }
-   return parts;
-}
-
 // bgpdump names three well-known communities.
 std::string numeric(std::string const& token) {
    if (token == "no-export")
@@ -86,14 +68,15 @@ TEST(BgpdumpComparison, SameCommunitiesOnEveryPath) {
              0);
 
    std::vector<PathCommunities> theirs;
-   for (std::string const& line : split(run("bgpdump -m " + file + " 2>/dev/null"), '\n')) {
+   for (std::string const& line :
+        split(commandOutput("bgpdump -m " + file + " 2>/dev/null"), '\n')) {
       auto fields = split(line, '|');
       if (fields.size() > 11) {
          theirs.push_back({fields[5], fields[3], tokens(fields[11]), {}});
       }
    }
    std::size_t block = 0;
-   for (std::string const& line : split(run("bgpdump " + file + " 2>/dev/null"), '\n')) {
+   for (std::string const& line : split(commandOutput("bgpdump " + file + " 2>/dev/null"), '\n')) {
       if (line.empty()) {
          ++block;
       } else if (line.starts_with("LARGE_COMMUNITY: ") && block < theirs.size()) {
@@ -103,7 +86,7 @@ TEST(BgpdumpComparison, SameCommunitiesOnEveryPath) {
 
    std::vector<PathCommunities> ours;
    for (std::string const& line :
-        split(run(std::string(QORBGP_COMM) + " show --json " + file), '\n')) {
+        split(commandOutput(std::string(QORBGP_COMM) + " show --json " + file), '\n')) {
       auto path = nlohmann::json::parse(line);
       PathCommunities p{path["prefix"], path["peer"], {}, {}};
       for (auto const& c : path.value("communities", nlohmann::json::array()))

@@ -18,8 +18,8 @@ TEST_F(ReadProblems, ATruncatedDumpIsReportedAndFails) {
    std::filesystem::copy_file(whole, cut);
    std::filesystem::resize_file(cut, std::filesystem::file_size(whole) / 2);
    // match answers as grep does: 2 for trouble, as 1 means "nothing matched".
-   for (auto [command, status] : {std::pair("stats ", 1), std::pair("show ", 1),
-                                  std::pair("match . ", 2)}) {
+   for (auto [command, status] :
+        {std::pair("stats ", 1), std::pair("show ", 1), std::pair("match . ", 2)}) {
       SCOPED_TRACE(command);
       Outcome const outcome = run(command + cut);
       EXPECT_EQ(outcome.status, status);
